@@ -1,0 +1,22 @@
+find_package(Qt6 6.4 REQUIRED COMPONENTS Test)
+
+# vex_add_test(unit FormulaParser): tests/unit/tst_FormulaParser.cpp as the test unit.FormulaParser.
+#
+# unit tests see the exported interface, internal ones every source, app ones the programs as processes.
+function(vex_add_test kind name)
+    set(target tst_${kind}_${name})
+    add_executable(${target} ${CMAKE_CURRENT_SOURCE_DIR}/${kind}/tst_${name}.cpp)
+    set_target_properties(${target} PROPERTIES AUTOMOC ON)
+    target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support
+        ${PROJECT_SOURCE_DIR}/benchmarks/reference)
+    target_link_libraries(${target} PRIVATE Qt6::Test vex_warnings)
+    if(kind STREQUAL internal)
+        target_link_libraries(${target} PRIVATE vex_objects)
+        target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/src)
+    else()
+        target_link_libraries(${target} PRIVATE vex::vex)
+    endif()
+    add_test(NAME ${kind}.${name} COMMAND ${target})
+    set_tests_properties(${kind}.${name} PROPERTIES LABELS ${kind} TIMEOUT 120
+        ENVIRONMENT "LC_ALL=C.UTF-8;QT_LOGGING_RULES=")
+endfunction()

@@ -1,0 +1,13 @@
+# vex_warnings: what every target of the project is compiled with, linked privately.
+add_library(vex_warnings INTERFACE)
+if(MSVC)
+    target_compile_options(vex_warnings INTERFACE /W4 /permissive- /fp:precise /utf-8)
+else()
+    target_compile_options(vex_warnings INTERFACE
+        -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+        -ffp-contract=off # a product and a sum stay two roundings on every machine
+        -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=) # no path of the build machine in what is built
+endif()
+target_compile_definitions(vex_warnings INTERFACE
+    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_FOREACH
+    QT_DISABLE_DEPRECATED_BEFORE=0x060400)

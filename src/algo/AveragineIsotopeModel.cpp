@@ -1,0 +1,218 @@
+#include <vex/AveragineIsotopeModel.h>
+
+#include "algo/ElementTable.h"
+#include "algo/PatternProduct.h"
+#include "detail/Trace.h"
+
+#include <QDebug>
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <utility>
+
+namespace vex {
+
+namespace {
+
+// Trace sites of this file. The numbers are part of the interface: never renumber.
+constexpr detail::TraceSource kSource{"src/algo/AveragineIsotopeModel"};
+namespace at {
+constexpr auto patternEmpty = kSource.line(455); // chosen here
+} // namespace at
+
+/// Index of the greatest value above 0, the first of equals; -1 when there is none.
+int indexOfHighest(const double *values, int count)
+{
+    // Four running maxima: one would make each comparison wait for the one before.
+    double highest[4] = {};
+    int i = 0;
+    for (; i + 4 <= count; i += 4) {
+        for (int lane = 0; lane < 4; ++lane)
+            highest[lane] = values[i + lane] > highest[lane] ? values[i + lane] : highest[lane];
+    }
+    for (; i < count; ++i)
+        highest[0] = std::max(highest[0], values[i]);
+    const double best = *std::max_element(highest, highest + 4);
+    if (!(best > 0.0))
+        return -1;
+    return static_cast<int>(std::find(values, values + count, best) - values);
+}
+
+static_assert(AveragineIsotopeModel::kPeakCount == detail::kPatternSize);
+
+} // namespace
+
+AveragineIsotopeModel::ThousandsChain::ThousandsChain(const ThousandsChain &other)
+{
+    *this = other;
+}
+
+AveragineIsotopeModel::ThousandsChain &AveragineIsotopeModel::ThousandsChain::operator=(
+    const ThousandsChain &other)
+{
+    if (this == &other)
+        return *this;
+    reset();
+    if (other.isFilled()) {
+        patterns = other.patterns;
+        sizes = other.sizes;
+        publish();
+    }
+    return *this;
+}
+
+bool AveragineIsotopeModel::ThousandsChain::claim()
+{
+    State empty = Empty;
+    return m_state.compare_exchange_strong(empty, Filling, std::memory_order_relaxed);
+}
+
+AveragineIsotopeModel::AveragineIsotopeModel()
+{
+    initElements();
+}
+
+void AveragineIsotopeModel::initElements()
+{
+    std::transform(detail::kElements.begin(), detail::kElements.end(), m_elements.begin(),
+        [](const detail::ElementSlot &slot) {
+            return Element{slot.masses, slot.abundances, slot.averageMass};
+        });
+}
+
+Error AveragineIsotopeModel::init(const MolecularFormula &formula)
+{
+    std::array<double, MolecularFormula::kAtomTypeCount> counts{};
+    for (std::size_t type = 0; type < counts.size(); ++type)
+        counts[type] = formula.count(static_cast<MolecularFormula::AtomType>(type));
+    initAverageMer(counts.data());
+    return ErrorCode::NoError;
+}
+
+void AveragineIsotopeModel::initAverageMer(const double *counts)
+{
+    m_thousands.reset();
+    std::copy_n(counts, m_composition.size(), m_composition.begin());
+    detail::normalize(static_cast<int>(m_composition.size()), m_composition.data());
+
+    m_merMass = 0.0;
+    for (std::size_t type = 0; type < m_elements.size(); ++type)
+        m_merMass += m_composition[type] * m_elements[type].averageMass;
+
+    constexpr std::size_t kIsotopes = std::tuple_size_v<decltype(Element::abundances)>;
+    std::array<double, kIsotopes> single{};
+    for (std::size_t shift = 0; shift < kIsotopes; ++shift) {
+        for (std::size_t type = 0; type < m_elements.size(); ++type)
+            single[shift] += m_composition[type] * m_elements[type].abundances[shift];
+    }
+    detail::PatternProduct working;
+    working.assign(single.data(), kIsotopes);
+    working.normalize();
+    std::copy_n(working.values(), kPeakCount, m_patterns[0].begin());
+
+    for (std::size_t block = 0; block + 1 < m_patterns.size(); ++block) {
+        const detail::Taps taps = detail::tapsOf(m_patterns[block].data());
+        for (int i = 0; i < 9; ++i)
+            working.multiply(taps);
+        working.normalize();
+        std::copy_n(working.values(), kPeakCount, m_patterns[block + 1].begin());
+    }
+}
+
+void AveragineIsotopeModel::averageMer(double mass, detail::PatternProduct *pattern) const
+{
+    // A mer without a positive finite mass takes nothing apart; the loop below would not end with
+    // it.
+    if (!(m_merMass > detail::kZero) || !std::isfinite(m_merMass))
+        return;
+    if (const double times = detail::subtractRepeatedly(&mass, 1000.0 * m_merMass); times > 0.0) {
+        multiplyThousands(times, pattern);
+        if (std::isinf(times))
+            return;
+    }
+    for (const auto &[mers, block] :
+        {std::pair(100.0, std::size_t{2}), std::pair(10.0, std::size_t{1})}) {
+        if (const double times = detail::subtractRepeatedly(&mass, mers * m_merMass); times > 0.0)
+            pattern->multiplyRepeatedly(detail::tapsOf(m_patterns[block].data()), times);
+    }
+    if (!(mass > 0.5 * m_merMass))
+        return;
+    const detail::Taps taps = detail::tapsOf(m_patterns[0].data());
+    for (; mass > 0.5 * m_merMass; mass -= m_merMass)
+        pattern->multiply(taps);
+}
+
+void AveragineIsotopeModel::multiplyThousands(double times, detail::PatternProduct *pattern) const
+{
+    const detail::Taps taps = detail::tapsOf(m_patterns[3].data());
+    if (!m_thousands.isFilled() && m_thousands.claim()) {
+        detail::PatternProduct working;
+        for (std::size_t i = 0; i < m_thousands.patterns.size(); ++i) {
+            working.multiply(taps);
+            std::copy_n(working.values(), working.size(), m_thousands.patterns[i].begin());
+            m_thousands.sizes[i] = working.size();
+        }
+        m_thousands.publish();
+    }
+    if (m_thousands.isFilled()) {
+        const double stored = std::min(times, double{ThousandsChain::kLength});
+        const auto last = static_cast<std::size_t>(stored) - 1;
+        pattern->assign(m_thousands.patterns[last].data(), m_thousands.sizes[last]);
+        times -= stored;
+    }
+    pattern->multiplyRepeatedly(taps, times);
+}
+
+Result<int> AveragineIsotopeModel::peakIntensityRatiosFromMass(
+    double mass, QList<double> *intensities) const
+{
+    intensities->clear();
+    detail::PatternProduct pattern;
+    averageMer(mass, &pattern);
+    intensities->resize(kPeakCount); // new entries are 0.0
+    std::copy_n(pattern.values(), pattern.size(), intensities->begin());
+    const int best = indexOfHighest(pattern.values(), pattern.size());
+    if (!intensities->isEmpty())
+        return best;
+    detail::logAt(at::patternEmpty, Q_FUNC_INFO).warning("Empty output peak intensities.");
+    return detail::stamped(at::patternEmpty, Q_FUNC_INFO, Error(ErrorCode::GeneralFailure));
+}
+
+double AveragineIsotopeModel::signalCoverage(double mass) const
+{
+    detail::PatternProduct pattern;
+    averageMer(mass, &pattern);
+    return std::accumulate(pattern.values(), pattern.values() + pattern.size(), 0.0);
+}
+
+double AveragineIsotopeModel::adjustmentForSingleMer() const
+{
+    double adjustment = 0.0;
+    for (std::size_t type = 0; type < m_elements.size(); ++type) {
+        const Element &element = m_elements[type];
+        double excess = 0.0;
+        for (std::size_t isotope = 1; isotope < element.masses.size(); ++isotope)
+            excess += (element.masses[isotope] - element.masses[0]) * element.abundances[isotope];
+        adjustment += m_composition[type] * excess;
+    }
+    return adjustment;
+}
+
+double AveragineIsotopeModel::getMonoFromAverageMer(double averageMass) const
+{
+    if (std::fabs(m_merMass) <= detail::kZero)
+        return 0.0;
+    return averageMass - adjustmentForSingleMer() * (averageMass / m_merMass);
+}
+
+double AveragineIsotopeModel::getAverageFromMonoMass(double monoMass) const
+{
+    const double adjustment = adjustmentForSingleMer();
+    const double scale = std::max({1.0, std::fabs(adjustment), std::fabs(m_merMass)});
+    if (std::fabs(m_merMass - adjustment) > scale * detail::kZero)
+        return m_merMass * monoMass / (m_merMass - adjustment);
+    return 0.0;
+}
+
+} // namespace vex

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QLoggingCategory>
+
+namespace vex::detail {
+
+/// The library's own category, the one that every lookup can fall back on.
+inline constexpr const char *kGenericCategory = "vex.generic";
+
+/// The category called @p name in the process-wide registry.
+///
+/// The registry is made on first use and first of all holds kGenericCategory, with the @p
+/// enableForLevel of that first call. Not locked: register from static initialisers or the loading
+/// thread.
+///
+/// @param name             of static lifetime: the registry keeps the pointer
+/// @param enableForLevel   lowest level that is on; ignored for a name that the registry has
+/// @param createIfMissing  false: an unknown name gives kGenericCategory
+/// @return never null, owned by the registry
+QLoggingCategory *loggingCategory(const char *name, QtMsgType enableForLevel, bool createIfMissing);
+
+/// The same, made when missing.
+QLoggingCategory *loggingCategory(const char *name, QtMsgType enableForLevel);
+
+} // namespace vex::detail

@@ -1,0 +1,230 @@
+#include "algo/PatternProduct.h"
+
+#include "PlainAveragine.h"
+
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <limits>
+
+using namespace vex::detail;
+
+namespace {
+
+using Pattern = std::array<double, kPatternSize>;
+
+constexpr double kInf = std::numeric_limits<double>::infinity();
+
+/// Equal bits, but for those of NaN and for the sign of zero, which no convolution carries on.
+bool sameBits(const double *a, const double *b, int count = kPatternSize)
+{
+    return std::equal(a, a + count, b, [](double x, double y) {
+        return std::bit_cast<quint64>(x + 0.0) == std::bit_cast<quint64>(y + 0.0)
+            || (std::isnan(x) && std::isnan(y));
+    });
+}
+
+/// A double of any sign and size that occurs: products may become denormal.
+double anyDouble(QRandomGenerator *random)
+{
+    constexpr int kExponents[] = {0, 0, 0, 0, -40, -1050, 300};
+    const double value = random->bounded(8) ? random->generateDouble() - 0.3 : 0.0;
+    return std::ldexp(value, kExponents[random->bounded(7)]);
+}
+
+/// A stored pattern of which the first @p length entries count; now and then one is no number.
+Pattern storedPattern(QRandomGenerator *random, int length)
+{
+    Pattern pattern;
+    pattern.fill(0.5); // behind the end as well
+    std::generate_n(
+        pattern.begin(), length, [&] { return 0.0001 + random->generateDouble() / length; });
+    if (length < kPatternSize)
+        *(pattern.begin() + length) = random->bounded(2) ? std::nextafter(0.0001, 0.0) : -0.5;
+    if (random->bounded(12) == 0)
+        *(pattern.begin() + random->bounded(kPatternSize)) =
+            random->bounded(2) ? kInf : std::nan("");
+    return pattern;
+}
+
+bool subtractsLikeThePlainLoop(double mass, double block)
+{
+    double left = mass;
+    const double times = subtractRepeatedly(&left, block);
+    double expected = 0.0;
+    for (; mass >= block; ++expected)
+        mass -= block;
+    return times == expected && sameBits(&left, &mass, 1);
+}
+
+} // namespace
+
+class TestPatternProduct : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(QStringLiteral(".?"))); }
+    void cleanup() { setActiveKernel(fastestKernel()); }
+
+    void productsEqualThePlainConvolution()
+    {
+        QList<ConvolutionKernel> kernels{convolveBaseline};
+        if (fastestKernel() != convolveBaseline)
+            kernels.append(fastestKernel());
+        for (const ConvolutionKernel kernel : kernels) {
+            setActiveKernel(kernel);
+            QRandomGenerator random(5);
+            for (int round = 0; round < 1000; ++round) {
+                PatternProduct product;
+                Pattern expected{1.0};
+                if (round % 3 == 0) {
+                    const int size = random.bounded(kPatternSize + 1);
+                    expected = {};
+                    std::generate_n(expected.begin(), size, [&] { return anyDouble(&random); });
+                    product.assign(expected.data(), size);
+                }
+                for (int step = 0; step < 6; ++step) {
+                    const int length = step == 0 ? round % (kPatternSize + 1) : random.bounded(9);
+                    const Pattern pattern = storedPattern(&random, length);
+                    const Pattern before = expected;
+                    plain::AveragineModel::convolution(
+                        pattern.data(), before.data(), expected.data());
+                    product.multiply(tapsOf(pattern.data()));
+                    if (random.bounded(4) == 0) {
+                        plain::AveragineModel::normalize(kPatternSize, expected.data());
+                        product.normalize();
+                    }
+                    QVERIFY2(sameBits(product.values(), expected.data()),
+                        qPrintable(QString::number(round)));
+                    QVERIFY(std::all_of(expected.begin() + product.size(), expected.end(),
+                        [](double value) { return value == 0.0; }));
+                }
+            }
+        }
+    }
+
+    void subtractionEqualsThePlainLoop()
+    {
+        QRandomGenerator random(9);
+        QVERIFY(subtractsLikeThePlainLoop(7.1e7, 7.135479));
+        for (int round = 0; round < 200; ++round) {
+            const double block = 10.0 * random.generateDouble() + 0.1;
+            const double steps = std::pow(10.0, 6.0 * random.generateDouble());
+            QVERIFY2(subtractsLikeThePlainLoop(steps * block, block),
+                qPrintable(QString::number(round)));
+            // Odd multiples of 1/4 to 1, taken off where the doubles are 1/2 to 8 apart: in one or
+            // more binades every second difference lies half way between two of them.
+            const quint64 odd = (random.generate64() >> random.bounded(21, 28)) | 1;
+            const double tying = std::ldexp(static_cast<double>(odd), -random.bounded(3));
+            const double top = std::ldexp(1.0 + random.generateDouble(), random.bounded(51, 55));
+            QVERIFY2(subtractsLikeThePlainLoop(top, tying), qPrintable(QString::number(round)));
+        }
+        for (const auto &[mass, block] : {std::pair(0.0, 1.0), std::pair(-1.0, 1.0),
+                 std::pair(1.0, 1.0), std::pair(std::nan(""), 1.0), std::pair(kInf, kInf)})
+            QVERIFY(subtractsLikeThePlainLoop(mass, block));
+    }
+
+    void subtractionOfWholeNumbers()
+    {
+        // Up to 2^53 every difference is exact: integers tell how often and what is left.
+        QRandomGenerator random(13);
+        for (int round = 0; round < 2000; ++round) {
+            const quint64 mass = random.generate64() >> random.bounded(11, 31);
+            const quint64 block = (random.generate64() >> random.bounded(11, 64)) | 1;
+            double left = static_cast<double>(mass);
+            const double times = subtractRepeatedly(&left, static_cast<double>(block));
+            QCOMPARE(times, static_cast<double>(mass / block));
+            QCOMPARE(left, static_cast<double>(mass % block));
+        }
+    }
+
+    void subtractionWithoutEnd_data()
+    {
+        QTest::addColumn<double>("mass");
+        QTest::addColumn<double>("block");
+        QTest::addColumn<bool>("ends");
+        const double two60 = std::ldexp(1.0, 60); // doubles are 256 apart from here on, 128 below
+        const double aboveHalf = std::nextafter(128.0, kInf);
+        QTest::newRow("infinite mass") << kInf << 1.0 << false;
+        QTest::newRow("greatest mass") << std::numeric_limits<double>::max() << 1.0 << false;
+        QTest::newRow("tie, even") << two60 + 512.0 << 128.0 << false;
+        QTest::newRow("tie, odd: one step, then even") << two60 + 256.0 * 7.0 << 128.0 << false;
+        QTest::newRow("tie, odd: one step to finer ones") << two60 + 256.0 << 128.0 << true;
+        QTest::newRow("above the tie") << two60 + 512.0 << aboveHalf << true;
+        QTest::newRow("tie below a power of two") << two60 << 64.0 << false;
+        QTest::newRow("above that tie") << two60 << aboveHalf / 2.0 << true;
+    }
+    void subtractionWithoutEnd()
+    {
+        QFETCH(double, mass);
+        QFETCH(double, block);
+        const double times = subtractRepeatedly(&mass, block);
+        QTEST(std::isfinite(times), "ends");
+        QVERIFY(std::isinf(times) || (mass >= 0.0 && mass < block));
+    }
+
+    void powersEqualRepetition_data()
+    {
+        QTest::addColumn<QList<double>>("factors");
+        QTest::addColumn<int>("times");
+        QTest::newRow("two taps") << QList{1.0 - 5e-4, 5e-4} << 100000;
+        QTest::newRow("three taps") << QList{1.0 - 4e-4, 2e-4, 2e-4} << 90000;
+        QTest::newRow("in parts") << QList{1.0 - 5e-3, 5e-3} << 194000;
+        QTest::newRow("first tap above 1") << QList{1.002, 5e-4} << 100000;
+        QTest::newRow("one tap") << QList{1.0 - 5e-5} << 1000000;
+    }
+    void powersEqualRepetition()
+    {
+        QFETCH(QList<double>, factors);
+        QFETCH(int, times);
+        const int tapCount = static_cast<int>(factors.size());
+        const Taps taps{factors.constData(), tapCount, true};
+        PatternProduct product;
+        product.multiplyRepeatedly(taps, times);
+        PatternProduct repeated;
+        for (int i = 0; i < times; ++i)
+            repeated.multiply(taps);
+        // All terms are positive, so the error is at most that of all roundings: one for each
+        // product and sum of the repetition, and some hundreds for the power. Where bits were lost
+        // to denormals on the way, nothing is compared.
+        const double tolerance =
+            (2.0 * tapCount * times + 1000.0) * std::numeric_limits<double>::epsilon() / 2.0;
+        QVERIFY(repeated.values()[repeated.size() - 1] > 1e-290);
+        QVERIFY(times * (tapCount * repeated.size() + 50.0) > PatternProduct::kExactMultiplyAdds);
+        for (int i = 0; i < repeated.size(); ++i) {
+            const double relative = product.values()[i] / repeated.values()[i] - 1.0;
+            QVERIFY2(repeated.values()[i] < 1e-290 || std::fabs(relative) <= tolerance,
+                qPrintable(QString::number(relative)));
+        }
+    }
+
+    void repetitionEndsWhenNothingChanges_data()
+    {
+        QTest::addColumn<QList<double>>("factors");
+        QTest::newRow("single peak") << QList{1.0};
+        QTest::newRow("sticks at the smallest denormal") << QList{0.75};
+        QTest::newRow("runs out of the pattern") << QList{0.5, 0.3, 0.2};
+        QTest::newRow("grows to infinity") << QList{1.5, 0.25};
+        QTest::newRow("not a number") << QList{0.5, std::nan(""), 0.1};
+        QTest::newRow("nothing") << QList<double>();
+    }
+    void repetitionEndsWhenNothingChanges()
+    {
+        QFETCH(QList<double>, factors);
+        factors.resize(kPatternSize); // 0.0 ends what counts
+        PatternProduct endless;
+        endless.multiplyRepeatedly(tapsOf(factors.constData()), kInf);
+        PatternProduct repeated;
+        for (int i = 0; i < 5000; ++i)
+            repeated.multiply(tapsOf(factors.constData()));
+        QVERIFY(sameBits(endless.values(), repeated.values()));
+    }
+};
+
+QTEST_APPLESS_MAIN(TestPatternProduct)
+#include "tst_PatternProduct.moc"

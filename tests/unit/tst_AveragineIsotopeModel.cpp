@@ -1,0 +1,302 @@
+#include <vex/AveragineIsotopeModel.h>
+
+#include "PlainAveragine.h"
+
+#include <QElapsedTimer>
+#include <QRandomGenerator>
+#include <QTest>
+#include <QThread>
+
+#include <algorithm>
+#include <atomic>
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <numeric>
+#include <vector>
+
+using vex::AveragineIsotopeModel;
+using vex::MolecularFormula;
+using vex::Result;
+
+namespace {
+
+/// Atoms by type: C, H, O, N, S, P, Na, Reserved; those behind the end are 0.
+using Counts = QList<double>;
+
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kMax = std::numeric_limits<double>::max();
+
+const Counts kAveragine{4.9384, 7.7583, 1.4773, 1.3577, 0.0417};
+
+MolecularFormula formulaOf(const Counts &counts)
+{
+    MolecularFormula formula;
+    for (qsizetype i = 0; i < counts.size(); ++i)
+        formula.setMolecularFormula({{static_cast<MolecularFormula::AtomType>(i), counts[i]}});
+    return formula;
+}
+
+AveragineIsotopeModel modelOf(const Counts &counts)
+{
+    AveragineIsotopeModel model;
+    std::ignore = model.init(formulaOf(counts)); // never an error
+    return model;
+}
+
+plain::AveragineModel oracleOf(const Counts &counts)
+{
+    plain::AveragineModel oracle;
+    oracle.init(formulaOf(counts));
+    return oracle;
+}
+
+bool sameBits(double a, double b)
+{
+    return std::bit_cast<quint64>(a) == std::bit_cast<quint64>(b)
+        || (std::isnan(a) && std::isnan(b));
+}
+
+struct Answer
+{
+    int best;
+    QList<double> pattern;
+
+    bool operator==(const Answer &other) const
+    {
+        return best == other.best
+            && std::equal(pattern.cbegin(), pattern.cend(), other.pattern.cbegin(),
+                other.pattern.cend(), sameBits);
+    }
+};
+
+template <typename Model>
+Answer ask(const Model &model, double mass)
+{
+    QList<double> pattern{1.0, 2.0, 3.0}; // to be replaced
+    const Result<int> best = model.peakIntensityRatiosFromMass(mass, &pattern);
+    return {best.valueOr(-2), pattern};
+}
+
+} // namespace
+
+class TestAveragineIsotopeModel : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(QStringLiteral(".?"))); }
+
+    void everyDoubleIsAnswered_data()
+    {
+        QTest::addColumn<Counts>("counts");
+        QTest::newRow("averagine") << kAveragine;
+        QTest::newRow("carbon") << Counts{1.0};
+        QTest::newRow("hydrogen") << Counts{0.0, 250.0};
+        QTest::newRow("oxygen") << Counts{0.0, 0.0, 2.0};
+        QTest::newRow("nitrogen") << Counts{0.0, 0.0, 0.0, 2.0};
+        QTest::newRow("sulfur") << Counts{0.0, 0.0, 0.0, 0.0, 8.0};
+        QTest::newRow("phosphorus") << Counts{0.0, 0.0, 0.0, 0.0, 0.0, 4.0};
+        QTest::newRow("phosphorus, trace of hydrogen") << Counts{0.0, 1e-3, 0.0, 0.0, 0.0, 1.0};
+        QTest::newRow("phosphorus, some oxygen") << Counts{0.0, 0.0, 0.1, 0.0, 0.0, 1.0};
+        QTest::newRow("sodium salt") << Counts{18.0, 35.0, 2.0, 0.0, 0.0, 0.0, 1.0};
+        QTest::newRow("spare slot filled") << Counts{5.0, 8.0, 1.0, 1.0, 0.1, 0.0, 0.0, 2.0};
+        QTest::newRow("spare slot alone") << Counts{0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 1.0};
+        QTest::newRow("nothing") << Counts{};
+        QTest::newRow("too small to scale") << Counts{5e-14, 8e-14, 1e-14, 1e-14};
+        QTest::newRow("just large enough to scale") << Counts{1e-11, 1.5e-11, 2e-12};
+        QTest::newRow("negative hydrogen") << Counts{6.0, -2.0, 1.0};
+        QTest::newRow("counts that cancel") << Counts{1.0, -1.0};
+        QTest::newRow("huge counts that cancel") << Counts{1e305, -1e305};
+        QTest::newRow("first peak above 1") << Counts{-1.0, 0.0, 0.0, 0.0, 0.0, 2.0};
+        QTest::newRow("negative sum") << Counts{0.0, -3.0, 0.0, 0.0, 0.0, 0.0, 1.0, 3.0};
+        QTest::newRow("negative first peak") << Counts{0.0, 0.0, 0.0, 2.0, -3.0, 0.0, 3.0};
+        QTest::newRow("light mer") << Counts{1.0, -11.9, 0.0, 0.0, 0.0, 0.0, 0.0, 11.0};
+        QTest::newRow("negative mer mass") << Counts{-3.0, 4.0};
+        QTest::newRow("not a number") << Counts{kNaN, 8.0, 1.0};
+        QTest::newRow("infinite") << Counts{5.0, kInf, 1.0};
+        QTest::newRow("both infinities") << Counts{kInf, -kInf};
+        QTest::newRow("sum overflows") << Counts{kMax, kMax, 1.0};
+        QRandomGenerator random(11);
+        for (int number = 0; number < 40; ++number) {
+            Counts counts(MolecularFormula::kAtomTypeCount);
+            for (double &count : counts)
+                count =
+                    random.bounded(3) ? 10.0 * random.generateDouble() - random.bounded(4) : 0.0;
+            QTest::addRow("random %d", number) << counts;
+        }
+    }
+    void everyDoubleIsAnswered()
+    {
+        QFETCH(Counts, counts);
+        const plain::AveragineModel oracle = oracleOf(counts);
+        const double mer = oracle.merMass();
+        QList<double> masses{kInf, -kInf, kNaN, kMax, -kMax, 5e-324, -0.0, -1e12, 1.0, 500.0, 5.8e3,
+            6.6e4, 1.5e5, 3e5, 1e6, 1e7, 1e8, 1e9, 1e12, 1e15, 1e20, 1e50, 1e100, 1e200, 1e300,
+            3e7 * mer, 1e9 * mer, 2e11 * mer, 1e18 * mer};
+        for (const double mers :
+            {0.5, 1.0, 1.5, 9.5, 10.0, 100.0, 999.5, 1e3, 2.4e4, 2.5e4, 3.1e4}) {
+            const double mass = mers * mer;
+            masses << mass << std::nextafter(mass, kInf) << std::nextafter(mass, -kInf);
+        }
+        QRandomGenerator random(7);
+        for (int i = 0; i < 20; ++i)
+            masses << random.generateDouble() * 3e5 << random.generateDouble() * 4e4 * mer;
+        for (qsizetype i = masses.size() - 1; i > 0; --i)
+            masses.swapItemsAt(i, random.bounded(i + 1));
+
+        AveragineIsotopeModel model = modelOf(kAveragine);
+        QVERIFY(model.signalCoverage(2e5) > 0.0); // so it has answered for other counts
+        std::ignore = model.init(formulaOf(counts));
+        QVERIFY(sameBits(model.merMass(), mer));
+        AveragineIsotopeModel assigned = modelOf(kAveragine);
+        for (const double mass : std::as_const(masses)) {
+            QElapsedTimer timer;
+            timer.start();
+            const auto [best, pattern] = ask(model, mass);
+            const QByteArray shown = QByteArray::number(mass, 'g', 17);
+            QVERIFY2(timer.elapsed() < 1000, shown);
+            QCOMPARE(pattern.size(), AveragineIsotopeModel::kPeakCount);
+            QVERIFY2(best >= -1, shown);
+            const double highest = best < 0 ? 0.0 : pattern[best];
+            const auto isHigher = [=](double value) { return value > highest; };
+            QVERIFY2(std::none_of(pattern.cbegin(), pattern.cend(), isHigher), shown);
+            const double sum = std::accumulate(pattern.cbegin(), pattern.cend(), 0.0);
+            QVERIFY2(sameBits(model.signalCoverage(mass), sum), shown);
+            const double mono = oracle.getMonoFromAverageMer(mass);
+            QVERIFY2(sameBits(model.getMonoFromAverageMer(mass), mono), shown);
+
+            // As many blocks of 1000 mers are never taken as a power, and the written-out loop
+            // ends.
+            const double most = 1000.0 * mer * (best < 0 ? 300.0 : 30000.0);
+            if (std::fabs(mer) > 1e-12 && mass > 0.5 * mer && !(mer > 0.0 && mass <= most))
+                continue;
+            const AveragineIsotopeModel fresh = modelOf(counts);
+            const AveragineIsotopeModel copied = model;
+            assigned = copied;
+            const Answer expected = ask(oracle, mass);
+            QVERIFY2((Answer{best, pattern}) == expected, shown);
+            for (const auto *asked : {&fresh, &copied, &std::as_const(assigned)})
+                QVERIFY2(ask(*asked, mass) == expected, shown);
+        }
+    }
+
+    void bitsAreTheSameOnEveryCompiler()
+    {
+        constexpr quint64 kRecorded = 17301511206599284740U; // from the written-out form
+        const auto fnv1a = [](quint64 hash, const QList<double> &pattern) {
+            for (const double value : pattern) {
+                for (int shift = 0; shift < 64; shift += 8)
+                    hash =
+                        (hash ^ (std::bit_cast<quint64>(value) >> shift & 0xff)) * 0x100000001b3U;
+            }
+            return hash;
+        };
+        quint64 hash = 0xcbf29ce484222325U;
+        quint64 plainHash = hash;
+        for (const Counts &counts : {kAveragine, Counts{1.0, 2.0}, Counts{0.0, 0.0, 1.0, 3.0, 1.0},
+                 Counts{6.0, 8.0, 9.0, 0.0, 0.0, 3.0, 2.0}}) {
+            for (const double mass : {18.0, 1234.5, 5807.6, 16951.5, 66430.3, 1.48e5, 2.9e5}) {
+                hash = fnv1a(hash, ask(modelOf(counts), mass).pattern);
+                plainHash = fnv1a(plainHash, ask(oracleOf(counts), mass).pattern);
+            }
+        }
+        QCOMPARE(plainHash, kRecorded);
+        QCOMPARE(hash, kRecorded);
+    }
+
+    void carbonIsBinomial()
+    {
+        constexpr double kHeavy = 0.0107;
+        const auto binomial = [](int n, int k) {
+            const double ways =
+                std::lgamma(n + 1.0) - std::lgamma(k + 1.0) - std::lgamma(n - k + 1.0);
+            return std::exp(ways + k * std::log(kHeavy) + (n - k) * std::log1p(-kHeavy));
+        };
+        // What a block of n atoms leaves out: the tail from the first entry below 1e-4.
+        const auto dropped = [&](int n) {
+            double tail = 1.0;
+            for (int k = 0; k <= n && binomial(n, k) >= 1e-4; ++k)
+                tail -= binomial(n, k);
+            return tail;
+        };
+        const AveragineIsotopeModel model = modelOf({1.0});
+        for (const int atoms : {1, 2, 9, 10, 37, 100, 314, 999}) {
+            const double mass = atoms * model.merMass();
+            const auto [best, pattern] = ask(model, mass);
+            QCOMPARE(best, static_cast<int>((atoms + 1) * kHeavy)); // the mode
+            double distance = 0.0;
+            for (int k = 0; k < AveragineIsotopeModel::kPeakCount; ++k)
+                distance += std::fabs(pattern[k] - (k <= atoms ? binomial(atoms, k) : 0.0));
+            // The block of 100 is made by nine convolutions that each leave out the tail of 10 and
+            // is scaled to 1, which counts what is missing twice; 1e-11 is for lgamma.
+            const double per100 = dropped(100) + 18.0 * dropped(10);
+            const double allowed = atoms / 100 * per100 + atoms / 10 % 10 * dropped(10) + 1e-11;
+            QVERIFY2(distance <= allowed, qPrintable(QString::number(distance)));
+        }
+        // The first peak of 1000 atoms is below 1e-4, so a block of them leaves nothing at all.
+        const Answer nothing{-1, QList<double>(AveragineIsotopeModel::kPeakCount)};
+        QVERIFY(ask(model, 1000.0 * model.merMass()) == nothing);
+    }
+
+    void coverageFallsWithTheMass()
+    {
+        const AveragineIsotopeModel model = modelOf(kAveragine);
+        for (const auto &[mass, coverage, tolerance] :
+            {std::tuple(1e5, 0.999, 0.001), std::tuple(1.3e5, 0.97, 0.005),
+                std::tuple(1.6e5, 0.50, 0.01), std::tuple(4e5, 0.0, 1e-6)}) {
+            const double found = model.signalCoverage(mass);
+            QVERIFY2(std::fabs(found - coverage) <= tolerance, qPrintable(QString::number(found)));
+        }
+    }
+
+    void weightlessLightestIsotopes()
+    {
+        // Mer mass and mass excess agree but for rounding, and that counts as 0.
+        QCOMPARE(modelOf({1.007825, -12.0}).getAverageFromMonoMass(100.0), 0.0);
+    }
+
+    void beforeInit()
+    {
+        const AveragineIsotopeModel model;
+        for (const double mass : {0.0, 1.0, 1e5, kInf}) {
+            QVERIFY(ask(model, mass) == ask(plain::AveragineModel(), mass));
+            QCOMPARE(model.signalCoverage(mass), 1.0);
+            QCOMPARE(model.getMonoFromAverageMer(mass), 0.0);
+            QCOMPARE(model.getAverageFromMonoMass(mass), 0.0);
+        }
+    }
+
+    void threadsAskOneFreshModel()
+    {
+        const plain::AveragineModel oracle = oracleOf(kAveragine);
+        const QList<double> masses{9e3, 6.6e4, 1.48e5, 1.8e5, 3e5};
+        for (int round = 0; round < 25; ++round) {
+            const AveragineIsotopeModel model = modelOf(kAveragine);
+            std::atomic<int> waiting = 4;
+            std::atomic<int> failures = 0;
+            std::vector<std::unique_ptr<QThread>> threads;
+            for (int number = 0; number < 4; ++number) {
+                threads.emplace_back(QThread::create([&, number] {
+                    for (--waiting; waiting > 0;)
+                        QThread::yieldCurrentThread();
+                    for (qsizetype i = 0; i < masses.size(); ++i) {
+                        const double mass = masses[(number + i) % masses.size()];
+                        const AveragineIsotopeModel copy = model;
+                        const Answer expected = ask(oracle, mass);
+                        failures += ask(model, mass) != expected || ask(copy, mass) != expected;
+                    }
+                }));
+                threads.back()->start();
+            }
+            for (const auto &thread : threads)
+                thread->wait();
+            QCOMPARE(failures.load(), 0);
+        }
+    }
+};
+
+QTEST_APPLESS_MAIN(TestAveragineIsotopeModel)
+#include "tst_AveragineIsotopeModel.moc"

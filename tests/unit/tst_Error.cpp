@@ -1,0 +1,213 @@
+#include <vex/Error.h>
+#include <vex/Result.h>
+
+#include "ErrorTrace.h"
+
+#include <QProcess>
+#include <QTest>
+
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+using namespace vex;
+using vex::test::ErrorReport;
+
+namespace {
+
+using R = Result<int>;
+
+struct Operation
+{
+    void (*run)(R *result);
+};
+
+Error unreadable()
+{
+    Error error(FileAccessError, "größer als %1");
+    error.addWarning(u"a"_s);
+    return error.ecatch("read(%2)", "src/Inner", 12).ecatch("load()", "src/Äußer", 345);
+}
+
+R passedOn(const R &inner)
+{
+    R result = inner;
+    return result.ecatch("sameType()", "src/Outer", 2);
+}
+
+Result<QString> passedOnAsOther(R inner)
+{
+    return std::move(inner.ecatch("otherType()", "src/Outer", 3)).error();
+}
+
+/// Gives the protected operations names that a pointer can be made of.
+template <typename Base>
+struct Exposed : Base
+{
+    using Base::addWarningInternal;
+    using Base::addWarningsInternal;
+    using Base::clearWarningsInternal;
+    using Base::resetWarningInternal;
+    using Base::resetWarningsInternal;
+};
+
+/// Place in the table of virtual functions: by the Itanium C++ ABI, a pointer to such a function
+/// begins with its offset in bytes, plus 1 on some processors.
+template <typename Function>
+quintptr slotOf(Function function)
+{
+    quintptr offset = 0;
+    std::memcpy(&offset, &function, sizeof(offset));
+    return (offset & ~quintptr{1}) / sizeof(void *);
+}
+
+/// What the child process of misuseEndsTheProcess() does; it must not come back.
+void misuse(const QByteArray &kind)
+{
+    const R failed(unreadable());
+    R good(7);
+    good.addWarning(u"only just"_s);
+    if (kind == "value")
+        std::ignore = failed.value();
+    else if (kind == "moved value")
+        std::ignore = R(failed).value();
+    else if (kind == "error")
+        std::ignore = good.error();
+    else if (kind == "moved error")
+        std::ignore = std::move(good).error();
+    std::puts("came back");
+}
+
+} // namespace
+
+class TestError : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u".?"_s)); }
+
+    void textsFollowTheTrace()
+    {
+        const QString lines =
+            u"größer als %1\nat read(%2) (src/Inner:12)\nat load() (src/Äußer:345)"_s;
+        QCOMPARE(unreadable().errorMessages().join(u'\n'), lines);
+        QString printed;
+        QDebug(&printed).nospace() << unreadable() << '|' << u"quoted"_s;
+        QCOMPARE(printed, lines + u"|\"quoted\""_s);
+        const auto codeAlone = Error(InvalidInput).ecatch("f()", "A", 1);
+        QCOMPARE(codeAlone.errorMessages(), QStringList{u"at f() (A:1)"_s});
+        const auto success = Error(NoError, "fine").ecatch("f()", "A", 1); // no place joins it
+        QCOMPARE(test::reportOf(success), (ErrorReport{NoError, u"fine"_s, {}}));
+        QCOMPARE(success.errorMessages(), QStringList{u"fine"_s});
+    }
+
+    void warningsReachResultAndHeldError_data()
+    {
+        QTest::addColumn<Operation>("operation");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("add one") << Operation{[](R *r) { r->addWarning(u"b"_s); }} << u"ab"_s;
+        QTest::newRow("add several") << Operation{[](R *r) {
+            r->addWarnings({u"b"_s, u"c"_s});
+        }} << u"abc"_s;
+        QTest::newRow("clear") << Operation{[](R *r) { r->clearWarnings(); }} << u""_s;
+        QTest::newRow("replace by one")
+            << Operation{[](R *r) { r->resetWarning(u"b"_s); }} << u"b"_s;
+        QTest::newRow("replace by several") << Operation{[](R *r) {
+            r->resetWarnings({u"b"_s, u"c"_s});
+        }} << u"bc"_s;
+    }
+    void warningsReachResultAndHeldError()
+    {
+        QFETCH(Operation, operation);
+        QFETCH(QString, expected);
+        const R before(unreadable());
+        R failed = before;
+        QCOMPARE(failed.warnings(), unreadable().warnings());
+        operation.run(&failed);
+        QCOMPARE(failed.warnings().join(QString()), expected);
+        QCOMPARE(failed.error().warnings().join(QString()), expected);
+        QCOMPARE((before.warnings() + before.error().warnings()).join(QString()), u"aa"_s);
+
+        R good(7);
+        QVERIFY(good.warnings().isEmpty());
+        good.addWarning(u"a"_s);
+        operation.run(&good);
+        QCOMPARE(good.warnings().join(QString()), expected);
+        QCOMPARE(good.value(), 7);
+    }
+
+    void passingOnIsOneStatement()
+    {
+        const R inner(Error(InvalidInput, "no number").ecatch("inner()", "src/Inner", 1));
+        ErrorReport expected{InvalidInput, u"no number"_s, {u"src/Inner:1"_s, u"src/Outer:2"_s}};
+        QCOMPARE(test::reportOf(passedOn(inner).error()), expected);
+        expected.trace.last() = u"src/Outer:3"_s;
+        QCOMPARE(test::reportOf(passedOnAsOther(inner).error()), expected);
+        QCOMPARE(passedOn(7).value(), 7);
+    }
+
+    void takingTheValue()
+    {
+        std::vector<int> numbers(1000, 5);
+        const int *const data = numbers.data();
+        Result<std::vector<int>> good(std::move(numbers));
+        QVERIFY(good && good.hasValue() && !good.hasError());
+        QCOMPARE(good.valueOr({}).size(), 1000U);
+        QCOMPARE(std::move(good).value().data(), data); // moved, not copied
+
+        R result{Error(NoError)}; // holds an error all the same
+        QVERIFY(!result && result.hasError() && !result.hasValue());
+        QCOMPARE(result.valueOr(3), 3);
+        result = 4;
+        QCOMPARE(result.valueOr(3), 4);
+    }
+
+    void misuseEndsTheProcess()
+    {
+        const QStringList report = QStringList{u"Error code 4"_s} + unreadable().errorMessages();
+        const QStringList warning{u"The error of a result with a value"_s, u"only just"_s};
+        for (const auto &[kind, lines] :
+            {std::pair(u"value"_s, report), std::pair(u"moved value"_s, report),
+                std::pair(u"error"_s, warning), std::pair(u"moved error"_s, warning)}) {
+            QProcess child;
+            QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+            environment.insert(u"QT_FORCE_STDERR_LOGGING"_s, u"1"_s);
+            child.setProcessEnvironment(environment);
+            child.start(QCoreApplication::applicationFilePath(), {u"--misuse"_s, kind});
+            QVERIFY2(child.waitForFinished(), qPrintable(child.errorString()));
+            QVERIFY(child.exitStatus() == QProcess::CrashExit || child.exitCode() != 0);
+            QCOMPARE(child.readAllStandardOutput(), QByteArray());
+            const QString text = QString::fromUtf8(child.readAllStandardError());
+            for (const QString &line : lines)
+                QVERIFY2(text.contains(line), qPrintable(kind + u": "_s + text));
+        }
+    }
+
+    void virtualOperationsFollowTheDestructor()
+    {
+#if defined(_MSC_VER)
+        QSKIP("A pointer to a virtual function does not tell its place with this compiler.");
+#else
+        using E = Exposed<Warnings>;
+        const QList<quintptr> places{slotOf(&E::addWarningInternal),
+            slotOf(&E::addWarningsInternal), slotOf(&E::clearWarningsInternal),
+            slotOf(&E::resetWarningInternal), slotOf(&E::resetWarningsInternal)};
+        QCOMPARE(places, (QList<quintptr>{2, 3, 4, 5, 6})); // two are the destructor's
+#endif
+    }
+};
+
+int main(int argc, char **argv)
+{
+    if (argc == 3 && qstrcmp(argv[1], "--misuse") == 0) {
+        misuse(argv[2]);
+        return 0;
+    }
+    QCoreApplication application(argc, argv);
+    TestError test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_Error.moc"

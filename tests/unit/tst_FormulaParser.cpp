@@ -1,0 +1,281 @@
+#include <vex/FormulaParser.h>
+
+#include "ErrorTrace.h"
+#include "PlainAveragine.h"
+
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+using namespace Qt::StringLiterals;
+using namespace vex;
+using vex::test::ErrorReport;
+
+namespace {
+
+using Finding = FormulaParser::Finding;
+using AtomCounts = QHash<MolecularFormula::AtomType, double>;
+
+const QStringList kSymbols{u"C"_s, u"H"_s, u"O"_s, u"N"_s, u"S"_s, u"P"_s, u"Na"_s};
+const QString kNoNumber = u"invalid_argument: invalid stod argument"_s;
+const QString kOutOfRange = u"out_of_range: stod argument out of range"_s;
+
+/// "C=6 H=12" of what @p parse returns, equal for equal symbols and bits of the counts; or type and
+/// text of the exception that leaves it.
+template <typename Parse>
+QString outcomeOf(Parse parse)
+{
+    QStringList entries;
+    try {
+        const QMap<QString, double> counts = parse();
+        for (auto entry = counts.cbegin(); entry != counts.cend(); ++entry) {
+            const QString number =
+                QString::number(std::fabs(*entry), 'g', QLocale::FloatingPointShortest);
+            entries.append(entry.key() + (std::signbit(*entry) ? u"=-"_s : u"="_s) + number);
+        }
+    } catch (const std::invalid_argument &exception) {
+        return u"invalid_argument: "_s + QString::fromUtf8(exception.what());
+    } catch (const std::out_of_range &exception) {
+        return u"out_of_range: "_s + QString::fromUtf8(exception.what());
+    }
+    return entries.join(u' ');
+}
+
+/// The seven counts of a front end by symbol; empty when @p error is one.
+template <typename Counts>
+QMap<QString, double> bySymbol(const Error &error, const Counts &counts)
+{
+    QMap<QString, double> result;
+    for (int type = 0; type < kSymbols.size() && !error.hasError(); ++type)
+        result.insert(kSymbols[type], counts[static_cast<MolecularFormula::AtomType>(type)]);
+    return result;
+}
+
+/// What in the answer of checkFormula() does not fit @p outcome; empty when all does.
+QString flawOfCheck(const QString &formula, const QString &outcome)
+{
+    const Result<FormulaParser::Check> result = FormulaParser::checkFormula(formula);
+    if (result.hasError()) {
+        const QString why = outcome == kNoNumber ? u"is not a number"_s
+            : outcome == kOutOfRange             ? u"is out of range"_s
+            : outcome.isEmpty()                  ? u"holds no element symbol"_s
+                                                 : u"nothing"_s;
+        return result.error().message().contains(why) ? QString() : u"fails, not for: "_s + why;
+    }
+    const FormulaParser::Check check = result.value();
+    if (const QString found = outcomeOf([&] { return check.counts; }); found != outcome)
+        return u"counts: "_s + found;
+    qsizetype last = 0;
+    qsizetype kept = formula.size();
+    for (const Finding &finding : check.findings) {
+        if (finding.position < last || formula[finding.position] != finding.text.front())
+            return finding.message;
+        last = finding.position;
+        kept -= finding.kind == Finding::CharacterDropped;
+    }
+    const auto isKept = [](QChar c) {
+        return c.isLetter() || c.isDigit() || c == u'+' || c == u'-';
+    };
+    const bool all = kept == std::count_if(formula.cbegin(), formula.cend(), isKept);
+    return all ? QString() : u"not all that is dropped"_s;
+}
+
+/// What differs from the written-out grammar in any of the four functions.
+QString flawOf(const QString &formula)
+{
+    const QString outcome = outcomeOf([&] { return plain::parseChemicalFormula(formula); });
+    const QString parsed = outcomeOf([&] { return FormulaParser::parseChemicalFormula(formula); });
+    const QString seven = outcomeOf([&] {
+        const QMap<QString, double> all = plain::parseChemicalFormula(formula);
+        QMap<QString, double> counts;
+        for (const QString &symbol : kSymbols)
+            counts.insert(symbol, all.value(symbol, 0.0));
+        return all.isEmpty() ? all : counts;
+    });
+    const QString viaHash = outcomeOf([&] {
+        AtomCounts hash;
+        const Error error = FormulaParser::molecularFormulaHashFromString(formula, &hash);
+        return bySymbol(error, hash);
+    });
+    const QString viaList = outcomeOf([&] {
+        QList<double> list;
+        const Error error = FormulaParser::molecularFormulaParser(formula, &list);
+        return bySymbol(error, list);
+    });
+    if (parsed != outcome || viaHash != seven || viaList != seven)
+        return QStringList{parsed, viaHash, viaList}.join(u" | "_s);
+    return flawOfCheck(formula, outcome);
+}
+
+} // namespace
+
+class TestFormulaParser : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u".?"_s)); }
+
+    void grammar_data()
+    {
+        QTest::addColumn<QString>("formula");
+        QTest::addColumn<QString>("outcome");
+        QTest::newRow("two-letter symbols") << u"NaCl"_s << u"Cl=1 Na=1"_s;
+        QTest::newRow("upper case starts a symbol") << u"NA2"_s << u"A=2 N=1"_s;
+        QTest::newRow("repeated symbols add up") << u"CH3CH3"_s << u"C=2 H=6"_s;
+        QTest::newRow("text before the first symbol is lost") << u" c6 H2"_s << u"H=2"_s;
+        QTest::newRow("no groups") << u"C(H3)2"_s << u"C=1 H=32"_s;
+        QTest::newRow("no decimal point") << u"C1.5H3"_s << u"C=15 H=3"_s;
+        QTest::newRow("blanks inside symbol and count") << u"N a\t1\u00A02"_s << u"Na=12"_s;
+        QTest::newRow("no upper case") << u"123c-"_s << u""_s;
+        QTest::newRow("signs") << u"C-1H+2O-0N2-3"_s << u"C=-1 H=2 N=2 O=-0"_s;
+        QTest::newRow("negative counts add up") << u"H3H-5"_s << u"H=-2"_s;
+        QTest::newRow("exponent") << u"C1e3H2e-1"_s << u"C=1000 H=0.2"_s;
+        QTest::newRow("upper-case exponent is a symbol") << u"C1E3"_s << u"C=1 E=3"_s;
+        QTest::newRow("hexadecimal") << u"C0x1fH0xaep1"_s << u"C=31 H=348"_s;
+        QTest::newRow("infinite") << u"C-infH+nanOinf"_s << u"C=-inf H=nan Oinf=1"_s;
+        QTest::newRow("15 digits") << u"C999999999999999"_s << u"C=999999999999999"_s;
+        QTest::newRow("16 digits, rounded") << u"C9007199254740993"_s << u"C=9007199254740992"_s;
+        QTest::newRow("20 digits") << u"C12345678901234567890"_s << u"C=12345678901234567000"_s;
+        QTest::newRow("non-ASCII letters") << u"ÉéΩǅ2C"_s << u"C=1 Éé=1 Ωǅ=2"_s;
+        QTest::newRow("non-ASCII digit behind a number") << u"C2\u0663"_s << u"C=2"_s;
+        QTest::newRow("only a non-ASCII digit") << u"C\u0663"_s << kNoNumber;
+        QTest::newRow("surrogate pairs are dropped") << u"C\U0001D49E2\U0001D7D9"_s << u"C=2"_s;
+        QTest::newRow("lone surrogate and NUL") << u"C\0\xD835"_s + u"3"_s << u"C=3"_s;
+        QTest::newRow("sign alone") << u"H2C-"_s << kNoNumber;
+        QTest::newRow("too large") << u"C1e999"_s << kOutOfRange;
+        QTest::newRow("too small") << u"C1e-999"_s << kOutOfRange;
+        QTest::newRow("unknown symbols are read as well") << u"H2Xy-"_s << kNoNumber;
+        QTest::newRow("the first unreadable count decides") << u"C1e999H-"_s << kOutOfRange;
+    }
+    void grammar()
+    {
+        QFETCH(QString, formula);
+        QTEST(outcomeOf([&] { return FormulaParser::parseChemicalFormula(formula); }), "outcome");
+        QCOMPARE(flawOf(formula), QString());
+    }
+
+    void randomTexts()
+    {
+        const QList<QStringView> pieces{u"C", u"H", u"O", u"N", u"Na", u"S", u"P", u"Cl", u"X",
+            u"a", u"e", u"x", u"p", u"inf", u"nan", u"-", u"+", u".", u" ", u"(", u"%1", u"0",
+            u"0x", u"1", u"7", u"42", u"e9", u"e-32", u"99999999", u"\u0663", u"²", u"É", u"ß",
+            u"ǅ", u"\xD835", u"\xDC9E", QStringView(u"\0", 1), u"\u00A0"};
+        QRandomGenerator random(20240611);
+        for (int round = 0; round < 20000; ++round) {
+            QString formula;
+            for (quint32 length = random.bounded(14U); length > 0; --length)
+                formula += pieces[random.bounded(pieces.size())];
+            const QString flaw = flawOf(formula);
+            QVERIFY2(flaw.isEmpty(), formula.toUtf8().toPercentEncoding() + ": " + flaw.toUtf8());
+        }
+    }
+
+    void frontEndsFillWhatTheyAreGiven()
+    {
+        using enum MolecularFormula::AtomType;
+        AtomCounts hash{{C, 5.0}, {S, 4.0}, {Reserved, 3.0}};
+        QList<double> list{9.0};
+
+        ErrorReport noHash{GeneralFailure, {}, {u"src/algo/ErrorUtils:82"_s}};
+        ErrorReport noList = noHash;
+        noHash.trace.append(u"src/algo/AveragineIsotopeModel:454"_s);
+        noList.trace.append(u"src/algo/AveragineIsotopeModel:423"_s);
+        for (const QString &text : {u""_s, u"123"_s, u"é(c)"_s}) {
+            Error error = FormulaParser::molecularFormulaHashFromString(text, &hash);
+            QCOMPARE(test::reportOf(error), noHash);
+            error = FormulaParser::molecularFormulaParser(text, &list);
+            QCOMPARE(test::reportOf(error), noList);
+        }
+        QVERIFY_THROWS_EXCEPTION(std::invalid_argument,
+            std::ignore = FormulaParser::molecularFormulaParser(u"H2C-"_s, &list));
+        QVERIFY_THROWS_EXCEPTION(std::out_of_range,
+            std::ignore = FormulaParser::molecularFormulaHashFromString(u"H2C1e999"_s, &hash));
+        QCOMPARE(hash, (AtomCounts{{C, 5.0}, {S, 4.0}, {Reserved, 3.0}}));
+        QCOMPARE(list, QList{9.0});
+
+        QVERIFY(!FormulaParser::molecularFormulaHashFromString(u"NaC2Xy7"_s, &hash).hasError());
+        QVERIFY(!FormulaParser::molecularFormulaParser(u"NaC2Xy7"_s, &list).hasError());
+        QCOMPARE(hash,
+            (AtomCounts{{C, 2}, {H, 0}, {O, 0}, {N, 0}, {S, 0}, {P, 0}, {Na, 1}, {Reserved, 3}}));
+        QCOMPARE(list, (QList{9.0, 2.0, 0.0, 0.0, 0.0, 0.0, 0.0, 1.0}));
+    }
+
+    void ranges()
+    {
+        const QPointF untouched(-7.0, -7.0);
+        const std::pair<QStringView, QPointF> expected[] = {{u"x [ 10 ,\t20\n] y", {10.0, 20.0}},
+            {u"[,]", {0.0, 0.0}}, {u"[a,1] [[7,] [3,4]", {7.0, 0.0}}, {u"[20,10]", {20.0, 10.0}},
+            {u"10-20", untouched}, {u"[1.5, 2]", untouched}, {u"[-1, 2]", untouched},
+            {u"[1 0, 2]", untouched}, {u"[\u0661,\u0662]", untouched}};
+        for (const auto &[text, numbers] : expected) {
+            QPointF range = untouched;
+            const QString formula = text.toString();
+            QVERIFY(!FormulaParser::rangeParser(formula, &range.rx(), &range.ry()).hasError());
+            QVERIFY2(range == numbers, qPrintable(formula));
+        }
+    }
+
+    void findings_data()
+    {
+        QTest::addColumn<QString>("formula");
+        QTest::addColumn<QString>("error");
+        QTest::addColumn<QStringList>("messages");
+        const auto row = [](const char *name, const QString &formula, const QString &error,
+                             const QStringList &messages) {
+            QTest::newRow(name) << formula << error << messages;
+        };
+        const QString cut = QString(40, u'c') + u'…';
+        row("nothing", u"C6H12O6Na-1"_s, {}, {});
+        row("between digits or not", u"C(H3)2"_s, {},
+            {u"'(' at character 2 is dropped"_s,
+                u"')' at character 5 is dropped, the digits around it run together"_s});
+        row("not printable", u"C2\u0007%2"_s, {},
+            {u"U+0007 at character 3 is dropped"_s, u"'%' at character 4 is dropped"_s});
+        row("lost, then unknown", u"(c62Xy"_s, {},
+            {u"'(' at character 1 is dropped"_s,
+                u"'c62' at character 2 stands before the first symbol"_s,
+                u"the symbol 'Xy' at character 5 is none of C, H, O, N, S, P, Na"_s});
+        row("tails", u"C1e+N 2-3"_s, {},
+            {u"'e+' at character 3 is no part of a count"_s, u"' ' at character 6 is dropped"_s,
+                u"'-3' at character 8 is no part of a count"_s});
+        row("no symbol", u"%1"_s, u"the formula text '%1' holds no element symbol"_s,
+            {u"'%' at character 1 is dropped"_s,
+                u"'1' at character 2 stands before the first symbol"_s});
+        row("long text is cut", QString(50, u'c'),
+            u"the formula text '%1' holds no element symbol"_s.arg(cut),
+            {u"'%1' at character 1 stands before the first symbol"_s.arg(cut)});
+        row("each unreadable count", u"C-H 1e999Xy-"_s,
+            u"the count '-' at character 2 is not a number; the count '1e999' at character 5 is "
+            u"out "
+            "of range; the count '-' at character 12 is not a number"_s,
+            {u"' ' at character 4 is dropped"_s,
+                u"the symbol 'Xy' at character 10 is none of C, H, O, N, S, P, Na"_s});
+    }
+    void findings()
+    {
+        QFETCH(QString, formula);
+        QFETCH(QString, error);
+        const Result<FormulaParser::Check> result = FormulaParser::checkFormula(formula);
+        QStringList messages = result.warnings();
+        if (result.hasError()) {
+            QCOMPARE(test::reportOf(result.error()),
+                (ErrorReport{GeneralFailure, error, {u"src/algo/AveragineIsotopeModel:456"_s}}));
+            QCOMPARE(result.error().warnings(), messages);
+        } else {
+            QVERIFY(error.isEmpty() && messages.isEmpty());
+            const char *const phrases[] = {"dropped", "before the first", "no part", "none of"};
+            for (const Finding &finding : result.value().findings) {
+                messages.append(finding.message);
+                QVERIFY(finding.message.contains(QLatin1StringView(phrases[finding.kind])));
+            }
+        }
+        QTEST(messages, "messages");
+    }
+};
+
+QTEST_APPLESS_MAIN(TestFormulaParser)
+#include "tst_FormulaParser.moc"

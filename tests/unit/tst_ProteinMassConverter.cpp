@@ -1,0 +1,60 @@
+#include <vex/ProteinMassConverter.h>
+
+#include "PlainAveragine.h"
+
+#include <QTest>
+
+#include <bit>
+#include <cmath>
+#include <stdexcept>
+
+using namespace Qt::StringLiterals;
+using Converter = vex::ProteinMassConverter;
+
+class TestProteinMassConverter : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u".?"_s)); }
+
+    void conversion_data()
+    {
+        QTest::addColumn<QString>("formula");
+        QTest::addColumn<bool>("known");
+        QTest::newRow("averagine times 10000") << u"C49384 H77583 N13577 O14773 S417"_s << true;
+        QTest::newRow("lipid") << u"C40H80NO8P"_s << true;
+        QTest::newRow("one isotope only") << u"NaP"_s << true;
+        QTest::newRow("negative count") << u"C6H12O-1"_s << true;
+        QTest::newRow("known and unknown symbols") << u"C6Xy2H12"_s << true;
+        QTest::newRow("empty") << u""_s << false;
+        QTest::newRow("no symbol") << u"123c"_s << false;
+        QTest::newRow("unknown symbols only") << u"Xy2Cl"_s << false;
+        QTest::newRow("counts that cancel") << u"C2C-2"_s << false;
+    }
+    void conversion()
+    {
+        QFETCH(QString, formula);
+        QFETCH(bool, known);
+        for (const double mass : {0.0, 1.0, 18.015, 5807.6, 66430.3, 148000.0, 1e300, -300.0}) {
+            const double mono = Converter::averageMassToMono(mass, formula);
+            const double oracle = plain::averageMassToMono(mass, formula);
+            QCOMPARE(std::bit_cast<quint64>(mono), std::bit_cast<quint64>(oracle));
+            const double average = Converter::monoMassToAverage(known ? mono : mass, formula);
+            // A handful of operations there and back, each off by half an epsilon at most.
+            QVERIFY(std::fabs(average - (known ? mass : 0.0)) <= 4e-15 * std::fabs(mass));
+            QVERIFY(known || (mono == 0.0 && average == 0.0));
+        }
+    }
+
+    void exceptionsPass()
+    {
+        using std::invalid_argument;
+        QVERIFY_THROWS_EXCEPTION(invalid_argument, Converter::averageMassToMono(1.0, u"H2C-"_s));
+        QVERIFY_THROWS_EXCEPTION(
+            std::out_of_range, Converter::monoMassToAverage(1.0, u"XC1e999"_s));
+    }
+};
+
+QTEST_APPLESS_MAIN(TestProteinMassConverter)
+#include "tst_ProteinMassConverter.moc"
