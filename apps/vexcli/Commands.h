@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QStringList>
+
+#include <vex/Error.h>
+
+namespace vexcli {
+
+// Each command gets the arguments behind its name.
+
+/// vex formula TEXT...
+vex::Error runFormula(const QStringList &arguments);
+/// vex mass ...
+vex::Error runMass(const QStringList &arguments);
+/// vex pattern ...
+vex::Error runPattern(const QStringList &arguments);
+
+} // namespace vexcli

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QHash>
+#include <QList>
+#include <QString>
+
+#include <vex/Result.h>
+
+namespace vexcli {
+
+/// Reads one number of at least 0 a line; blank lines, lines that begin with '#' and one header
+/// line are passed over. A bad line is an error with its number.
+vex::Result<QList<double>> readMasses(const QString &path);
+
+/// Masses of one molecule as somebody published them, in daltons.
+struct PublishedMasses
+{
+    double average = 0.0;
+    double monoisotopic = 0.0;
+};
+
+/// Reads CSV lines "name,average,monoisotopic" behind one header line; lines that begin with '#'
+/// are passed over. A bad line is an error with its number.
+vex::Result<QHash<QString, PublishedMasses>> readPublishedMasses(const QString &path);
+
+} // namespace vexcli

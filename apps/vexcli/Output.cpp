@@ -1,0 +1,83 @@
+#include "Output.h"
+
+#include "Failure.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+
+namespace vexcli {
+
+namespace {
+
+// Qt's own buffer would swallow why a write fell short.
+constexpr QIODevice::OpenMode kMode = QIODevice::WriteOnly | QIODevice::Unbuffered;
+constexpr qsizetype kBuffer = 1 << 16; // bytes
+
+} // namespace
+
+vex::Result<std::shared_ptr<Output>> Output::open(const QString &path)
+{
+    auto output = std::make_shared<Output>();
+    if (path.isEmpty()) {
+        auto file = std::make_unique<QFile>();
+        output->m_name = u"standard output"_s;
+        if (!file->open(stdout, kMode))
+            return failure(u"cannot write standard output: %1"_s.arg(file->errorString()));
+        output->m_device = std::move(file);
+        return output;
+    }
+    output->m_name = path;
+    const QFileInfo info(path);
+    if (info.exists() && !info.isFile()
+        && !info.isDir()) // a device or a pipe has no other name to take
+        output->m_device = std::make_unique<QFile>(path);
+    else
+        output->m_device = std::make_unique<QSaveFile>(path);
+    if (!output->m_device->open(kMode))
+        return failure(u"cannot write %1: %2"_s.arg(path, output->m_device->errorString()));
+    return output;
+}
+
+void Output::write(const QByteArray &data)
+{
+    m_buffer += data;
+    if (m_buffer.size() >= kBuffer)
+        flush();
+}
+
+void Output::flush()
+{
+    // A device that fills up takes a part first; only the next attempt tells why.
+    for (qsizetype done = 0; m_problem.isEmpty() && done < m_buffer.size();) {
+        const qint64 written = m_device->write(m_buffer.constData() + done, m_buffer.size() - done);
+        if (written <= 0)
+            m_problem = m_device->errorString();
+        done += written;
+    }
+    m_buffer.clear();
+}
+
+vex::Error Output::commit()
+{
+    flush();
+    if (auto *file = qobject_cast<QSaveFile *>(m_device.get())) {
+        if (!m_problem.isEmpty())
+            file->cancelWriting();
+        if (!file->commit() && m_problem.isEmpty())
+            m_problem = file->errorString();
+    } else {
+        m_device->close();
+        if (m_device->error() != QFileDevice::NoError && m_problem.isEmpty())
+            m_problem = m_device->errorString();
+    }
+    if (!m_problem.isEmpty())
+        return failure(u"cannot write %1: %2"_s.arg(m_name, m_problem));
+    return vex::ErrorCode::NoError;
+}
+
+} // namespace vexcli

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QList>
+#include <QString>
+
+#include <memory>
+
+#include <vex/Error.h>
+#include <vex/Result.h>
+
+namespace vexcli {
+
+/// One isotope pattern of a plot.
+struct PlottedPattern
+{
+    QString label; // names molecule and mass
+    QList<double> shares; // of the whole signal, by nominal mass shift
+};
+
+/// The application object of the process; one that can draw when @p needsPlot, without a display.
+std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool needsPlot);
+
+/// Fails when this build cannot draw, or when the ending of @p path is neither .svg nor .png.
+vex::Error checkPlotPath(const QString &path);
+
+/// Draws the patterns as stems over the nominal mass shift, in the format that @p path ends with.
+vex::Result<QByteArray> drawPatterns(
+    const QString &path, const QString &title, const QList<PlottedPattern> &patterns);
+
+} // namespace vexcli

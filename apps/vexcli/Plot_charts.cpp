@@ -1,0 +1,219 @@
+#include "Plot.h"
+
+#include "Failure.h"
+
+#include <QApplication>
+#include <QAreaSeries>
+#include <QBuffer>
+#include <QChart>
+#include <QGraphicsLayout>
+#include <QGraphicsScene>
+#include <QImage>
+#include <QLegend>
+#include <QLineSeries>
+#include <QPainter>
+#include <QSvgGenerator>
+#include <QValueAxis>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+
+using namespace Qt::StringLiterals;
+
+namespace vexcli {
+
+namespace {
+
+constexpr QSizeF kSize(800.0, 500.0); // points
+constexpr double kPngScale = 2.0; // sharp on paper and on dense screens
+constexpr double kVisibleShare = 1e-3; // of the highest peak: where the axis ends
+// Okabe and Ito's palette: distinct for readers with colour-blindness too
+constexpr QRgb kColours[] = {
+    0xff0072b2, 0xffd55e00, 0xff009e73, 0xffcc79a7, 0xffe69f00, 0xff56b4e9};
+
+struct Range
+{
+    int first;
+    int last;
+};
+
+/// The shifts between which some pattern is high enough to be seen.
+Range visibleShifts(const QList<PlottedPattern> &patterns)
+{
+    Range range{std::numeric_limits<int>::max(), 0};
+    for (const PlottedPattern &pattern : patterns) {
+        const double highest = *std::max_element(pattern.shares.begin(), pattern.shares.end());
+        for (int i = 0; i < pattern.shares.size(); ++i) {
+            if (pattern.shares[i] > kVisibleShare * highest) {
+                range.first = std::min(range.first, i);
+                range.last = std::max(range.last, i);
+            }
+        }
+    }
+    return range.first <= range.last ? range : Range{0, 0};
+}
+
+QFont font(double size, bool bold = false)
+{
+    QFont result(u"DejaVu Sans"_s);
+    result.setPixelSize(static_cast<int>(size));
+    result.setBold(bold);
+    return result;
+}
+
+/// The smallest of 1, 2, 5, 10, ... that cuts length into at most parts pieces.
+double niceStep(double length, int parts)
+{
+    const double power = std::pow(10.0, std::floor(std::log10(length / parts)));
+    for (const double factor : {1.0, 2.0, 5.0}) {
+        if (length / (factor * power) <= parts)
+            return factor * power;
+    }
+    return 10.0 * power;
+}
+
+QValueAxis *makeAxis(
+    const QString &title, double from, double to, double step, const QString &format)
+{
+    auto *axis = new QValueAxis;
+    axis->setTitleText(title);
+    axis->setRange(from, to);
+    axis->setTickType(QValueAxis::TicksDynamic);
+    axis->setTickAnchor(0.0);
+    axis->setTickInterval(step);
+    axis->setLabelFormat(format);
+    axis->setLabelsFont(font(13.0));
+    axis->setTitleFont(font(14.0));
+    axis->setLabelsColor(Qt::black);
+    axis->setTitleBrush(Qt::black);
+    axis->setLinePen(QPen(Qt::black, 1.0));
+    axis->setGridLineColor(QColor(0xe0, 0xe0, 0xe0));
+    return axis;
+}
+
+/// Bars at every shift, each of the given width.
+QAreaSeries *makeBars(const PlottedPattern &pattern, Range shifts, double offset, double width)
+{
+    auto *outline = new QLineSeries;
+    for (int i = shifts.first; i <= shifts.last && i < pattern.shares.size(); ++i) {
+        const double left = i + offset - width / 2.0;
+        const double percent = 100.0 * pattern.shares[i];
+        outline->append(left, 0.0);
+        outline->append(left, percent);
+        outline->append(left + width, percent);
+        outline->append(left + width, 0.0);
+    }
+    auto *bars = new QAreaSeries(outline);
+    outline->setParent(bars);
+    bars->setPen(Qt::NoPen);
+    return bars;
+}
+
+void fillChart(QChart *chart, const QString &title, const QList<PlottedPattern> &patterns)
+{
+    const Range shifts = visibleShifts(patterns);
+    double highest = 0.0;
+    for (const PlottedPattern &pattern : patterns)
+        highest =
+            std::max(highest, *std::max_element(pattern.shares.begin(), pattern.shares.end()));
+    const double top = highest > 0.0 ? 105.0 * highest : 1.0;
+
+    const double width = shifts.last - shifts.first + 2;
+    auto *xAxis = makeAxis(u"nominal mass above the monoisotopic peak / Da"_s, shifts.first - 1.0,
+        shifts.last + 1.0, std::max(1.0, niceStep(width, 12)), u"%.0f"_s);
+    const double step = niceStep(top, 6);
+    auto *yAxis = makeAxis(u"share of the whole signal / %"_s, 0.0, top, step,
+        step < 0.1       ? u"%.2f"_s
+            : step < 1.0 ? u"%.1f"_s
+                         : u"%.0f"_s);
+    chart->addAxis(xAxis, Qt::AlignBottom);
+    chart->addAxis(yAxis, Qt::AlignLeft);
+
+    const auto count = static_cast<double>(patterns.size());
+    const double slot = (patterns.size() > 1 ? 0.85 : 0.35) / count; // of a shift, for one bar
+    for (qsizetype i = 0; i < patterns.size(); ++i) {
+        const double offset = (static_cast<double>(i) - (count - 1.0) / 2.0) * slot;
+        QAreaSeries *bars = makeBars(patterns[i], shifts, offset, slot);
+        bars->setBrush(QColor(kColours[static_cast<std::size_t>(i) % std::size(kColours)]));
+        bars->setName(patterns[i].label);
+        chart->addSeries(bars);
+        bars->attachAxis(xAxis);
+        bars->attachAxis(yAxis);
+    }
+
+    chart->setTitle(title);
+    chart->setTitleFont(font(16.0, true));
+    chart->setTitleBrush(Qt::black);
+    chart->setBackgroundRoundness(0.0);
+    chart->setBackgroundBrush(Qt::white);
+    chart->legend()->setVisible(patterns.size() > 1);
+    chart->legend()->setFont(font(13.0));
+    chart->legend()->setLabelColor(Qt::black);
+    chart->legend()->setAlignment(Qt::AlignTop);
+    chart->layout()->setContentsMargins(0.0, 0.0, 0.0, 0.0);
+    chart->resize(kSize);
+}
+
+} // namespace
+
+std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool needsPlot)
+{
+    if (!needsPlot)
+        return std::make_unique<QCoreApplication>(argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen"); // draws without a display
+    // What Qt warns of here (no runtime folder) concerns desktops.
+    const QtMessageHandler usual =
+        qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &, const QString &text) {
+            if (type == QtCriticalMsg || type == QtFatalMsg)
+                std::fprintf(stderr, "vex: %s\n", qUtf8Printable(text));
+        });
+    auto application = std::make_unique<QApplication>(argc, argv);
+    qInstallMessageHandler(usual);
+    return application;
+}
+
+vex::Error checkPlotPath(const QString &path)
+{
+    if (path.endsWith(".svg"_L1, Qt::CaseInsensitive)
+        || path.endsWith(".png"_L1, Qt::CaseInsensitive))
+        return vex::ErrorCode::NoError;
+    return usageFailure(u"the plot '%1' must end in .svg or .png"_s.arg(path));
+}
+
+vex::Result<QByteArray> drawPatterns(
+    const QString &path, const QString &title, const QList<PlottedPattern> &patterns)
+{
+    QGraphicsScene scene;
+    auto *chart = new QChart; // owned by the scene
+    scene.addItem(chart);
+    fillChart(chart, title, patterns);
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    const QRectF area(QPointF(0.0, 0.0), kSize);
+    bool isDrawn = false;
+    if (path.endsWith(".svg"_L1, Qt::CaseInsensitive)) {
+        QSvgGenerator generator;
+        generator.setOutputDevice(&buffer);
+        generator.setSize(kSize.toSize());
+        generator.setViewBox(area);
+        generator.setTitle(title);
+        QPainter painter(&generator);
+        painter.fillRect(area, Qt::white);
+        scene.render(&painter, area, area);
+        isDrawn = painter.end();
+    } else {
+        QImage image((kSize * kPngScale).toSize(), QImage::Format_RGB32);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        painter.setRenderHint(QPainter::Antialiasing);
+        scene.render(&painter, QRectF(image.rect()), area);
+        isDrawn = painter.end() && image.save(&buffer, "PNG");
+    }
+    if (!isDrawn)
+        return failure(u"cannot draw %1"_s.arg(path));
+    return buffer.data();
+}
+
+} // namespace vexcli
