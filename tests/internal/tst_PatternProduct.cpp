@@ -28,12 +28,12 @@ bool sameBits(const double *a, const double *b, int count = kPatternSize)
     });
 }
 
-/// A double of any sign and size that occurs: products may become denormal.
+/// A double of any sign and size: products may become denormal, sums infinite or no number.
 double anyDouble(QRandomGenerator *random)
 {
-    constexpr int kExponents[] = {0, 0, 0, 0, -40, -1050, 300};
+    constexpr int kExponents[] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, -40, 300, -1050, 1024};
     const double value = random->bounded(8) ? random->generateDouble() - 0.3 : 0.0;
-    return std::ldexp(value, kExponents[random->bounded(7)]);
+    return std::ldexp(value, kExponents[random->bounded(14)]);
 }
 
 /// A stored pattern of which the first @p length entries count; now and then one is no number.
@@ -41,8 +41,8 @@ Pattern storedPattern(QRandomGenerator *random, int length)
 {
     Pattern pattern;
     pattern.fill(0.5); // behind the end as well
-    std::generate_n(
-        pattern.begin(), length, [&] { return 0.0001 + random->generateDouble() / length; });
+    std::generate_n(pattern.begin(), length,
+        [&] { return 0.0001 + (random->bounded(5) ? random->generateDouble() / length : 0.0); });
     if (length < kPatternSize)
         *(pattern.begin() + length) = random->bounded(2) ? std::nextafter(0.0001, 0.0) : -0.5;
     if (random->bounded(12) == 0)
@@ -174,7 +174,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("times");
         QTest::newRow("two taps") << QList{1.0 - 5e-4, 5e-4} << 100000;
         QTest::newRow("three taps") << QList{1.0 - 4e-4, 2e-4, 2e-4} << 90000;
-        QTest::newRow("in parts") << QList{1.0 - 5e-3, 5e-3} << 194000;
+        QTest::newRow("in parts") << QList{0.995, 0.005, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0} << 180000;
         QTest::newRow("first tap above 1") << QList{1.002, 5e-4} << 100000;
         QTest::newRow("one tap") << QList{1.0 - 5e-5} << 1000000;
     }

@@ -1,0 +1,38 @@
+# Package "vex": headers, libraries, program, CMake package and pkg-config file.
+include(CMakePackageConfigHelpers)
+
+set(vex_targets vex)
+set(VEX_PC_REQUIRES "Qt6Core")
+set(VEX_PC_COMPANION_LIBS "")
+if(VEX_COMPANIONS STREQUAL standin)
+    list(APPEND vex_targets vex_common_stable)
+    set(VEX_PC_COMPANION_LIBS "-lvex_common_stable")
+endif()
+
+file(RELATIVE_PATH vex_rpath
+    /${CMAKE_INSTALL_FULL_BINDIR} /${CMAKE_INSTALL_FULL_LIBDIR})
+if(VEX_BUILD_PROGRAM)
+    set_target_properties(vexcli PROPERTIES INSTALL_RPATH "$ORIGIN/${vex_rpath}")
+    install(TARGETS vexcli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+set_target_properties(${vex_targets} PROPERTIES INSTALL_RPATH "$ORIGIN")
+
+install(TARGETS ${vex_targets} EXPORT vexTargets
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(EXPORT vexTargets NAMESPACE vex:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vex)
+
+configure_package_config_file(cmake/vexConfig.cmake.in vexConfig.cmake
+    INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vex
+    NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(vexConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vexConfig.cmake
+    ${CMAKE_CURRENT_BINARY_DIR}/vexConfigVersion.cmake
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vex)
+
+file(RELATIVE_PATH VEX_PC_PREFIX /${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig /${CMAKE_INSTALL_PREFIX})
+configure_file(cmake/vex.pc.in vex.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vex.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
