@@ -1,0 +1,33 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace bench {
+
+/// A row of the summary: how much faster @p fast is than @p slow.
+///
+/// Both are benchmark names whose median times of this run are compared, each time per unit of
+/// work.
+struct Comparison
+{
+    std::string name;
+    std::string slow;
+    std::string fast;
+    double floor; ///< smallest acceptable ratio
+    double factor = 1.0; ///< the ratio is slow / fast times this
+};
+
+/// Adds a row to the summary.
+void compare(const Comparison &comparison);
+
+/// Ends the process with a message when @p isEqual is false: a fast wrong answer is worth nothing.
+void requireEqual(bool isEqual, const std::string &what);
+
+/// Adds benchmarks and comparisons when the program starts.
+struct Registration
+{
+    explicit Registration(std::function<void()> add);
+};
+
+} // namespace bench

@@ -1,0 +1,314 @@
+#include "Harness.h"
+#include "MultiplyAddLimit.h"
+#include "PlainAveragine.h"
+
+#include <vex/AveragineIsotopeModel.h>
+#include <vex/FormulaParser.h>
+#include <vex/MolecularFormula.h>
+#include <vex/ProteinMassConverter.h>
+
+#include "algo/ConvolutionKernel.h"
+#include "algo/PatternProduct.h"
+
+#include <benchmark/benchmark.h>
+
+#include <array>
+#include <chrono>
+#include <cstring>
+#include <limits>
+#include <tuple>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using vex::detail::ConvolutionKernel;
+
+const QString kAveragine = u"C49384H77583N13577O14773S417"_s;
+constexpr std::array kMasses{1e3, 1e4, 2.5e4, 5e4, 1e5}; // daltons
+constexpr double kWithinLimit = 3.0; // times the multiply-add limit
+constexpr double kLimitFrom = 2.5e4; // daltons
+
+/// A kernel and what is asked of it.
+struct KernelCase
+{
+    std::string name;
+    ConvolutionKernel kernel;
+    double (*limit)(const double *operands);
+    double setUpFloor;
+    double peaksFloor;
+};
+
+std::vector<KernelCase> kernels()
+{
+    std::vector<KernelCase> all{
+        {"sse2", vex::detail::convolveBaseline, bench::multiplyAddsBaseline, 6.0, 8.0}};
+#if defined(VEX_HAVE_AVX2_KERNEL)
+    if (vex::detail::fastestKernel() == vex::detail::convolveAvx2)
+        all.push_back({"avx2", vex::detail::convolveAvx2, bench::multiplyAddsAvx2, 10.0, 15.0});
+#endif
+    return all;
+}
+
+vex::MolecularFormula averagine()
+{
+    QHash<vex::MolecularFormula::AtomType, double> counts;
+    std::ignore = vex::FormulaParser::molecularFormulaHashFromString(kAveragine, &counts);
+    vex::MolecularFormula formula;
+    formula.setMolecularFormula(counts);
+    return formula;
+}
+
+vex::AveragineIsotopeModel model()
+{
+    vex::AveragineIsotopeModel result;
+    std::ignore = result.init(averagine());
+    return result;
+}
+
+plain::AveragineModel plainModel()
+{
+    plain::AveragineModel result;
+    result.init(averagine());
+    return result;
+}
+
+bool sameBits(const QList<double> &a, const QList<double> &b)
+{
+    return a.size() == b.size()
+        && std::memcmp(a.constData(), b.constData(), sizeof(double) * std::size_t(a.size())) == 0;
+}
+
+void requireEqualPatterns(const KernelCase &kernel)
+{
+    vex::detail::setActiveKernel(kernel.kernel);
+    const auto fast = model();
+    const auto slow = plainModel();
+    QList<double> a;
+    QList<double> b;
+    for (double mass = 1.0; mass < 3e5; mass *= 1.01) {
+        bench::requireEqual(fast.peakIntensityRatiosFromMass(mass, &a).value()
+                    == slow.peakIntensityRatiosFromMass(mass, &b)
+                && sameBits(a, b),
+            "pattern, " + kernel.name);
+    }
+    bench::requireEqual(vex::ProteinMassConverter::averageMassToMono(12345.6, kAveragine)
+            == plain::averageMassToMono(12345.6, kAveragine),
+        "conversion, " + kernel.name);
+}
+
+std::string massName(double mass)
+{
+    return std::to_string(static_cast<int>(mass / 1e3)) + "kDa";
+}
+
+/// Blocks of 1000, 100, 10 and 1 mers of a mass.
+std::array<int, 4> blocksOf(double mass, double merMass)
+{
+    std::array<int, 4> blocks{};
+    double mers = 1000.0;
+    for (int &count : blocks) {
+        for (; mers > 1.0 ? mass >= mers * merMass : mass > 0.5 * merMass; mass -= mers * merMass)
+            ++count;
+        mers /= 10.0;
+    }
+    return blocks;
+}
+
+/// The convolutions of one query, without what the model keeps between queries.
+struct Convolutions
+{
+    std::vector<vex::detail::Taps> taps;
+    long multiplyAdds = 0; // with values that are not zero, and within the 100 peaks
+
+    Convolutions(const plain::AveragineModel &source, double mass)
+    {
+        const auto blocks = blocksOf(mass, source.merMass());
+        int size = 1;
+        for (int i = 0; i < 4; ++i) {
+            const auto block = vex::detail::tapsOf(source.pattern(3 - i));
+            for (int n = 0; n < blocks[std::size_t(i)]; ++n) {
+                for (int tap = 0; size > 1 && tap < block.count; ++tap)
+                    multiplyAdds += std::min(size, plain::kPeaks - tap);
+                size = std::min(size + block.count - 1, plain::kPeaks);
+                taps.push_back(block);
+            }
+        }
+    }
+};
+
+void addSetUp()
+{
+    benchmark::RegisterBenchmark("setup/plain", [](benchmark::State &state) {
+        const auto formula = averagine();
+        for (auto _ : state) {
+            plain::AveragineModel result;
+            result.init(formula);
+            benchmark::DoNotOptimize(result);
+        }
+    });
+    benchmark::RegisterBenchmark("convert/plain", [](benchmark::State &state) {
+        for (auto _ : state)
+            benchmark::DoNotOptimize(plain::averageMassToMono(1e4, kAveragine));
+    });
+    for (const KernelCase &kernel : kernels()) {
+        benchmark::RegisterBenchmark(
+            ("setup/" + kernel.name).c_str(), [=](benchmark::State &state) {
+                vex::detail::setActiveKernel(kernel.kernel);
+                const auto formula = averagine();
+                for (auto _ : state) {
+                    vex::AveragineIsotopeModel result;
+                    std::ignore = result.init(formula);
+                    benchmark::DoNotOptimize(result);
+                }
+            });
+        benchmark::RegisterBenchmark(
+            ("convert/" + kernel.name).c_str(), [=](benchmark::State &state) {
+                vex::detail::setActiveKernel(kernel.kernel);
+                for (auto _ : state)
+                    benchmark::DoNotOptimize(
+                        vex::ProteinMassConverter::averageMassToMono(1e4, kAveragine));
+            });
+        bench::compare(
+            {"setup/" + kernel.name, "setup/plain", "setup/" + kernel.name, kernel.setUpFloor});
+        bench::compare({"convert/" + kernel.name, "convert/plain", "convert/" + kernel.name,
+            kernel.setUpFloor});
+    }
+}
+
+void addPeaks(double mass)
+{
+    const std::string name = "peaks/" + massName(mass);
+    benchmark::RegisterBenchmark((name + "/plain").c_str(), [=](benchmark::State &state) {
+        const auto asked = plainModel();
+        QList<double> intensities;
+        for (auto _ : state)
+            benchmark::DoNotOptimize(asked.peakIntensityRatiosFromMass(mass, &intensities));
+    });
+    for (const KernelCase &kernel : kernels()) {
+        const std::string fast = name + '/' + kernel.name;
+        benchmark::RegisterBenchmark(fast.c_str(), [=](benchmark::State &state) {
+            vex::detail::setActiveKernel(kernel.kernel);
+            const auto asked = model();
+            QList<double> intensities;
+            for (auto _ : state)
+                benchmark::DoNotOptimize(
+                    asked.peakIntensityRatiosFromMass(mass, &intensities).value());
+        });
+        bench::compare({fast, name + "/plain", fast, kernel.peaksFloor});
+    }
+}
+
+/// How near the convolutions of a query come to what the processor can do at most.
+void addLimits()
+{
+    for (const KernelCase &kernel : kernels()) {
+        const std::string limit = "limit/" + kernel.name;
+        benchmark::RegisterBenchmark(limit.c_str(), [=](benchmark::State &state) {
+            alignas(64) std::array<double, 40> operands;
+            operands.fill(1e-9);
+            for (auto _ : state) {
+                benchmark::DoNotOptimize(operands.data());
+                benchmark::DoNotOptimize(kernel.limit(operands.data()));
+            }
+        });
+        for (const double mass : kMasses) {
+            if (mass < kLimitFrom)
+                continue;
+            const Convolutions convolutions(plainModel(), mass);
+            const std::string name = "convolutions/" + massName(mass) + '/' + kernel.name;
+            benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State &state) {
+                vex::detail::setActiveKernel(kernel.kernel);
+                const auto source = plainModel();
+                const Convolutions own(source, mass);
+                for (auto _ : state) {
+                    vex::detail::PatternProduct product;
+                    for (const auto &taps : own.taps)
+                        product.multiply(taps);
+                    benchmark::DoNotOptimize(product.values());
+                }
+            });
+            bench::compare({name + ", share of the limit", limit, name, 1.0 / kWithinLimit,
+                static_cast<double>(convolutions.multiplyAdds) / bench::kMultiplyAdds});
+        }
+    }
+}
+
+/// Masses and compositions that are hard to answer: no more than 10 ms each.
+void addHardest()
+{
+    static const QStringList formulas{kAveragine, u"H1"_s, u"P1"_s, u"P1000000H1"_s, u"P100000C1"_s,
+        u"P20000C1"_s, u"P3000C1"_s, u"P1000S1"_s, u"Na100C1"_s, u"C10H-9"_s, u"C1H-2"_s,
+        u"C1e300H1"_s, u"C-1"_s, u"S1O-1"_s};
+    constexpr std::array kHard{
+        1e6, 1e9, 1e12, 1e15, 1e18, 1e100, 1.7e308, std::numeric_limits<double>::infinity()};
+    benchmark::RegisterBenchmark("hardest",
+        [=](benchmark::State &state) {
+            vex::detail::setActiveKernel(vex::detail::convolveBaseline);
+            QList<double> intensities;
+            for (auto _ : state) {
+                double worst = 0.0;
+                for (const QString &formula : formulas) {
+                    QHash<vex::MolecularFormula::AtomType, double> counts;
+                    std::ignore =
+                        vex::FormulaParser::molecularFormulaHashFromString(formula, &counts);
+                    vex::MolecularFormula composition;
+                    composition.setMolecularFormula(counts);
+                    vex::AveragineIsotopeModel asked;
+                    std::ignore = asked.init(composition);
+                    for (const double mass : kHard) {
+                        const auto start = std::chrono::steady_clock::now();
+                        benchmark::DoNotOptimize(
+                            asked.peakIntensityRatiosFromMass(mass, &intensities).value());
+                        const std::chrono::duration<double> taken =
+                            std::chrono::steady_clock::now() - start;
+                        worst = std::max(worst, taken.count());
+                    }
+                }
+                state.SetIterationTime(worst);
+            }
+        })
+        ->UseManualTime()
+        ->Iterations(1);
+    benchmark::RegisterBenchmark("hardest/allowed",
+        [](benchmark::State &state) {
+            for (auto _ : state)
+                state.SetIterationTime(0.010);
+        })
+        ->UseManualTime()
+        ->Iterations(1);
+    bench::compare({"hardest mass, 10 ms allowed", "hardest/allowed", "hardest", 1.0});
+}
+
+/// Time over mass, for the growth in the full listing.
+void addGrowth()
+{
+    benchmark::RegisterBenchmark("growth/peaks",
+        [](benchmark::State &state) {
+            vex::detail::setActiveKernel(vex::detail::fastestKernel());
+            const auto asked = model();
+            QList<double> intensities;
+            for (auto _ : state)
+                benchmark::DoNotOptimize(asked
+                                             .peakIntensityRatiosFromMass(
+                                                 static_cast<double>(state.range(0)), &intensities)
+                                             .value());
+            state.SetComplexityN(state.range(0));
+        })
+        ->RangeMultiplier(4)
+        ->Range(1 << 10, 1 << 18)
+        ->Complexity();
+}
+
+const bench::Registration registration([] {
+    for (const KernelCase &kernel : kernels())
+        requireEqualPatterns(kernel);
+    addSetUp();
+    for (const double mass : kMasses)
+        addPeaks(mass);
+    addLimits();
+    addHardest();
+    addGrowth();
+});
+
+} // namespace
