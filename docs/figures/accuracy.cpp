@@ -1,0 +1,285 @@
+// Data behind the figures and tables of docs/accuracy.md: writes coverage.csv, mono-error.csv and
+// mono-percentiles.csv into the folder that is its one argument. Draws nothing at random that a
+// second run would draw differently.
+
+#include <QDir>
+#include <QFile>
+#include <QList>
+#include <QString>
+#include <QTextStream>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <numeric>
+#include <random>
+#include <string_view>
+#include <vector>
+
+#include <vex/AveragineIsotopeModel.h>
+#include <vex/FormulaParser.h>
+#include <vex/MolecularFormula.h>
+#include <vex/MolecularMass.h>
+#include <vex/ResidueCompositions.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Averagine of Senko, Beu and McLafferty 1995, times 10000: the parser drops decimal points.
+const QString kAveragine = u"C49384 H77583 N13577 O14773 S417"_s;
+
+struct KnownProtein
+{
+    const char *name;
+    QString formula;
+};
+
+// Formulas of the whole molecules: insulin with its three disulfide bridges, albumin reduced,
+// trastuzumab without glycans.
+const std::array kKnown{
+    KnownProtein{"insulin", u"C257H383N65O77S6"_s},
+    KnownProtein{"ubiquitin", u"C378H629N105O118S1"_s},
+    KnownProtein{"cytochrome c", u"C524H840N144O151S4"_s},
+    KnownProtein{"apomyoglobin", u"C769H1212N210O218S2"_s},
+    KnownProtein{"serum albumin", u"C2934H4615N781O897S39"_s},
+    KnownProtein{"trastuzumab", u"C6470H10012N1726O2013S42"_s},
+};
+
+struct ResidueShare
+{
+    char code;
+    int share; // hundredths of a percent
+};
+
+// Amino-acid composition of the UniProtKB/Swiss-Prot database, release statistics of about 2021.
+constexpr std::array kResidues{ResidueShare{'A', 825}, ResidueShare{'R', 553},
+    ResidueShare{'N', 406}, ResidueShare{'D', 546}, ResidueShare{'C', 138}, ResidueShare{'Q', 393},
+    ResidueShare{'E', 672}, ResidueShare{'G', 707}, ResidueShare{'H', 227}, ResidueShare{'I', 591},
+    ResidueShare{'L', 965}, ResidueShare{'K', 580}, ResidueShare{'M', 241}, ResidueShare{'F', 386},
+    ResidueShare{'P', 474}, ResidueShare{'S', 664}, ResidueShare{'T', 535}, ResidueShare{'W', 110},
+    ResidueShare{'Y', 292}, ResidueShare{'V', 686}};
+
+constexpr int kSequences = 40'000;
+constexpr int kShortest = 50; // residues
+constexpr int kLongest = 3000;
+constexpr std::size_t kPoolSize = 80; // residues that one protein's own frequencies come from
+constexpr quint64 kSeed = 1995;
+
+/// Random numbers that are the same with every standard library.
+class Random
+{
+public:
+    /// Uniform, 0 <= result < 1.
+    double fraction() { return static_cast<double>(m_engine() >> 11) * 0x1p-53; }
+
+private:
+    std::mt19937_64 m_engine{kSeed};
+};
+
+vex::MolecularFormula parsed(const QString &text)
+{
+    QHash<vex::MolecularFormula::AtomType, double> counts;
+    if (vex::FormulaParser::molecularFormulaHashFromString(text, &counts).hasError())
+        qFatal("unreadable formula %s", qPrintable(text));
+    vex::MolecularFormula formula;
+    formula.setMolecularFormula(counts);
+    return formula;
+}
+
+const vex::ResidueCompositions::AtomCounts &residue(char code)
+{
+    return *vex::ResidueCompositions::find(std::string_view(&code, 1));
+}
+
+char drawnResidue(Random *random)
+{
+    static const int total = std::accumulate(kResidues.begin(), kResidues.end(), 0,
+        [](int sum, const ResidueShare &residue) { return sum + residue.share; });
+    int rest = static_cast<int>(random->fraction() * total);
+    for (const ResidueShare &residue : kResidues) {
+        rest -= residue.share;
+        if (rest < 0)
+            return residue.code;
+    }
+    Q_UNREACHABLE();
+}
+
+/// A protein whose composition differs from the average one about as real ones do: its residues
+/// are drawn from a pool that was itself drawn from the average composition.
+vex::MolecularFormula drawnProtein(Random *random)
+{
+    std::array<char, kPoolSize> pool;
+    for (char &code : pool)
+        code = drawnResidue(random);
+    const int length =
+        static_cast<int>(kShortest * std::pow(double{kLongest} / kShortest, random->fraction()));
+    vex::ResidueCompositions::AtomCounts atoms = residue('1'); // water
+    for (int i = 0; i < length; ++i) {
+        const auto pick = static_cast<std::size_t>(random->fraction() * kPoolSize);
+        const auto &added = residue(pool[pick]);
+        std::transform(atoms.begin(), atoms.end(), added.begin(), atoms.begin(), std::plus());
+    }
+    using vex::MolecularFormula;
+    vex::MolecularFormula formula;
+    formula.setMolecularFormula({{MolecularFormula::C, atoms[0]}, {MolecularFormula::H, atoms[1]},
+        {MolecularFormula::N, atoms[2]}, {MolecularFormula::O, atoms[3]},
+        {MolecularFormula::S, atoms[4]}});
+    return formula;
+}
+
+/// The first 100 peaks of @p mers mers with nothing cut on the way: coefficients of the power of
+/// the one-mer pattern (Knuth, The Art of Computer Programming 2, 4.7).
+std::vector<double> uncutPattern(const QList<double> &mer, double mers)
+{
+    std::vector<double> power(vex::AveragineIsotopeModel::kPeakCount);
+    power[0] = std::pow(mer[0], mers);
+    for (std::size_t k = 1; k < power.size(); ++k) {
+        double sum = 0.0;
+        for (std::size_t i = 1; i <= k && i < 4; ++i) {
+            const double weight = static_cast<double>(i) * (mers + 1.0) - static_cast<double>(k);
+            sum += weight * mer[static_cast<qsizetype>(i)] * power[k - i];
+        }
+        power[k] = sum / (static_cast<double>(k) * mer[0]);
+    }
+    return power;
+}
+
+struct MassError
+{
+    double average; // daltons
+    double error; // daltons
+    double ppm() const { return error / average * 1e6; }
+};
+
+/// What the model's monoisotopic mass is too high by.
+MassError errorFor(const vex::AveragineIsotopeModel &model, const vex::MolecularFormula &formula)
+{
+    const double average = vex::MolecularMass::average(formula);
+    return {
+        average, model.getMonoFromAverageMer(average) - vex::MolecularMass::monoisotopic(formula)};
+}
+
+double percentile(const std::vector<double> &sorted, double percent)
+{
+    const double position = percent / 100.0 * static_cast<double>(sorted.size() - 1);
+    const auto below = static_cast<std::size_t>(position);
+    const std::size_t above = std::min(below + 1, sorted.size() - 1);
+    return std::lerp(sorted[below], sorted[above], position - std::floor(position));
+}
+
+QList<double> patternOf(const vex::AveragineIsotopeModel &model, double mass)
+{
+    QList<double> pattern;
+    if (model.peakIntensityRatiosFromMass(mass, &pattern).hasError())
+        qFatal("no pattern at %g Da", mass);
+    return pattern;
+}
+
+void writeCoverage(const vex::AveragineIsotopeModel &model, QTextStream &out)
+{
+    const QList<double> mer = patternOf(model, model.merMass());
+    out << "mass_kDa,model,hundred_peaks,worst_peak_percent_of_highest\n";
+    for (int kilodaltons = 1; kilodaltons <= 250; ++kilodaltons) {
+        const double mass = 1000.0 * kilodaltons;
+        const std::vector<double> uncut = uncutPattern(mer, std::round(mass / model.merMass()));
+        const QList<double> pattern = patternOf(model, mass);
+        double worst = 0.0;
+        for (std::size_t k = 0; k < uncut.size(); ++k)
+            worst = std::max(worst, std::fabs(pattern[static_cast<qsizetype>(k)] - uncut[k]));
+        out << kilodaltons << ',' << model.signalCoverage(mass) << ','
+            << std::accumulate(uncut.begin(), uncut.end(), 0.0) << ','
+            << 100.0 * worst / *std::max_element(uncut.begin(), uncut.end()) << '\n';
+    }
+}
+
+void writePercentiles(const std::vector<MassError> &errors, QTextStream &out)
+{
+    constexpr std::array kPercents{1, 5, 25, 50, 75, 95, 99};
+    constexpr std::array kBounds{
+        5.5, 10.0, 20.0, 30.0, 50.0, 75.0, 100.0, 150.0, 200.0, 250.0, 330.0};
+    out << "from_kDa,to_kDa,count,share_beyond_half_dalton";
+    for (const char *unit : {"Da", "ppm"}) {
+        for (const int percent : kPercents)
+            out << ",p" << percent << '_' << unit;
+    }
+    out << '\n';
+    for (std::size_t bin = 0; bin + 1 < kBounds.size(); ++bin) {
+        std::vector<double> daltons;
+        std::vector<double> ppms;
+        for (const MassError &error : errors) {
+            if (error.average < 1000.0 * kBounds[bin] || error.average >= 1000.0 * kBounds[bin + 1])
+                continue;
+            daltons.push_back(error.error);
+            ppms.push_back(error.ppm());
+        }
+        std::sort(daltons.begin(), daltons.end());
+        std::sort(ppms.begin(), ppms.end());
+        const auto beyond = std::count_if(
+            daltons.begin(), daltons.end(), [](double error) { return std::fabs(error) > 0.5; });
+        out << kBounds[bin] << ',' << kBounds[bin + 1] << ',' << daltons.size() << ','
+            << static_cast<double>(beyond) / static_cast<double>(daltons.size());
+        for (const auto *values : {&daltons, &ppms}) {
+            for (const int percent : kPercents)
+                out << ',' << percentile(*values, percent);
+        }
+        out << '\n';
+    }
+}
+
+template <typename Write>
+bool writeFile(const QString &path, Write write)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
+        std::fprintf(stderr, "vex_accuracy_figures: %s: %s\n", qPrintable(path),
+            qPrintable(file.errorString()));
+        return false;
+    }
+    QTextStream out(&file);
+    out.setRealNumberPrecision(9);
+    write(out);
+    out.flush();
+    return out.status() == QTextStream::Ok;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: vex_accuracy_figures FOLDER\n");
+        return 2;
+    }
+    const QDir folder(QString::fromLocal8Bit(argv[1]));
+
+    vex::AveragineIsotopeModel model;
+    if (model.init(parsed(kAveragine)).hasError())
+        return 1;
+
+    Random random;
+    std::vector<MassError> drawn;
+    drawn.reserve(kSequences);
+    for (int i = 0; i < kSequences; ++i)
+        drawn.push_back(errorFor(model, drawnProtein(&random)));
+
+    const bool written = writeFile(folder.filePath(u"coverage.csv"_s), [&](QTextStream &out) {
+        writeCoverage(model, out);
+    }) && writeFile(folder.filePath(u"mono-percentiles.csv"_s), [&](QTextStream &out) {
+        writePercentiles(drawn, out);
+    }) && writeFile(folder.filePath(u"mono-error.csv"_s), [&](QTextStream &out) {
+        constexpr std::size_t kShown = 500; // dots in the figure
+        out << "kind,name,average_kDa,error_Da,error_ppm\n";
+        for (const KnownProtein &protein : kKnown) {
+            const MassError error = errorFor(model, parsed(protein.formula));
+            out << "known," << protein.name << ',' << error.average / 1000.0 << ',' << error.error
+                << ',' << error.ppm() << '\n';
+        }
+        for (std::size_t i = 0; i < kShown; ++i) {
+            out << "drawn,," << drawn[i].average / 1000.0 << ',' << drawn[i].error << ','
+                << drawn[i].ppm() << '\n';
+        }
+    });
+    return written ? 0 : 1;
+}
