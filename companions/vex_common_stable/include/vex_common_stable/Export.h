@@ -4,7 +4,8 @@
 /// Visibility of the classes that leave the companion library.
 
 /// @def VEX_COMMON_STABLE_EXPORT
-/// Marks a class, function or variable that leaves the companion library. Comes first in its declaration.
+/// Marks a class, function or variable that leaves the companion library. Comes first in its
+/// declaration.
 
 #if defined(VEX_COMMON_STABLE_STATIC)
 #    define VEX_COMMON_STABLE_EXPORT
