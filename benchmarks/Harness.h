@@ -7,8 +7,7 @@ namespace bench {
 
 /// A row of the summary: how much faster @p fast is than @p slow.
 ///
-/// Both are benchmark names whose median times of this run are compared, each time per unit of
-/// work.
+/// Both are names of benchmarks; the medians of their times in this run are compared.
 struct Comparison
 {
     std::string name;

@@ -47,8 +47,7 @@ private:
 /// @p text as a finite number that is not negative; @p what names it in the error.
 vex::Result<double> nonNegativeNumber(const QString &text, const QString &what);
 
-/// Writes messages of at least the severity to standard error, and to the log file when there is
-/// one.
+/// Writes messages of at least the severity to standard error, and to the log file if there is one.
 vex::Error setUpLogging(const QString &logFile, const QString &severity);
 
 } // namespace vexcli

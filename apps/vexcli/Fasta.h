@@ -21,8 +21,7 @@ struct Protein
 /// The composition of a protein.
 vex::MolecularFormula formulaOf(const Protein &protein);
 
-/// The composition as text, such as C378H629N105O118S; counts of 0 are left out, those of 1 not
-/// written.
+/// The composition as text, such as C378H629N105O118S; elements with a count of 0 are left out.
 QString formulaText(const Protein &protein);
 
 /// Reads @p path and sums the residues of every record by the library's table.

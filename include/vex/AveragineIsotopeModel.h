@@ -83,8 +83,7 @@ private:
 
     /// What every query begins with: the working pattern after 1, 2, ... blocks of 1000 mers.
     ///
-    /// Filled by the first query that needs it. A thread that finds another one filling it does
-    /// without.
+    /// Filled by the first query that needs it; a thread that comes meanwhile does without.
     class ThousandsChain
     {
     public:

@@ -122,8 +122,7 @@ void AveragineIsotopeModel::initAverageMer(const double *counts)
 
 void AveragineIsotopeModel::averageMer(double mass, detail::PatternProduct *pattern) const
 {
-    // A mer without a positive finite mass takes nothing apart; the loop below would not end with
-    // it.
+    // Without a positive finite mass a mer takes nothing apart: the subtractions would not end.
     if (!(m_merMass > detail::kZero) || !std::isfinite(m_merMass))
         return;
     if (const double times = detail::subtractRepeatedly(&mass, 1000.0 * m_merMass); times > 0.0) {

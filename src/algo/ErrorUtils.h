@@ -52,12 +52,10 @@ Error notSameSizeReturn(const List &first, const List &second, Error error)
     return detail::stamped(detail::checkedAt::sizesDiffer, Q_FUNC_INFO, std::move(error));
 }
 
-/// No error when @p list holds at most @p bound values; otherwise GeneralFailure and a critical log
-/// line.
+/// No error for at most @p bound values in @p list; else GeneralFailure and a critical log line.
 ///
 /// Deliberate: a check of capacity in spite of its name. The bound is the largest number of values
-/// that the loop to follow may touch; a shorter list passes. The size counts as a signed 32-bit
-/// integer.
+/// that the loop to follow may touch; a shorter list passes. The size counts as 32-bit integer.
 inline Error checkOutOfBounds(const QList<double> &list, const int bound)
 {
     const auto size = static_cast<qint32>(list.size());

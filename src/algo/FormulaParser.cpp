@@ -176,8 +176,7 @@ QString quotable(QStringView text)
     return text.size() <= kLongest ? text.toString() : text.first(kLongest).toString() + u'…';
 }
 
-/// Collects the findings of one text; positions are given in the filtered text and kept in the
-/// full.
+/// The findings of one text. add() takes positions in the filtered text, findings hold full ones.
 class Findings
 {
 public:

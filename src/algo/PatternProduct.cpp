@@ -166,9 +166,9 @@ void PatternProduct::multiplyRepeatedly(const Taps &taps, double times)
 
 void PatternProduct::multiplyByPower(const Taps &taps, double exponent)
 {
-    // Coefficients of p(x)^n: q[0] = p[0]^n, k p[0] q[k] = sum over i of (i (n + 1) - k) p[i] q[k -
-    // i] (Knuth, The Art of Computer Programming 2, 4.7). In parts, so that p[0]^n neither vanishes
-    // nor overflows before the product with the pattern does.
+    // Coefficients q of p(x)^n: q[0] is p[0]^n, and k p[0] q[k] the sum over i of
+    // (i (n + 1) - k) p[i] q[k - i] (Knuth, The Art of Computer Programming 2, section 4.7).
+    // In parts, so that p[0]^n neither vanishes nor overflows before the product does.
     constexpr double kLargestLog = 600.0;
     const double *p = taps.factors;
     const double logFirst = std::fabs(std::log(p[0]));

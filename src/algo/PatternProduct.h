@@ -23,8 +23,7 @@ Taps tapsOf(const double *pattern);
 /// Scales @p n values to the sum 1, unless their sum is 0 (up to 1e-12); returns their former sum.
 double normalize(int n, double *values);
 
-/// Takes @p block off @p mass as long as @p mass is not below it, each subtraction rounded as
-/// written.
+/// Takes @p block off @p mass as long as @p mass is not below it, rounding each subtraction.
 ///
 /// Equal to the plain loop, in steps that grow with the mass: where all results share one exponent,
 /// each subtraction takes off the same amount.

@@ -9,9 +9,8 @@ inline constexpr const char *kGenericCategory = "vex.generic";
 
 /// The category called @p name in the process-wide registry.
 ///
-/// The registry is made on first use and first of all holds kGenericCategory, with the @p
-/// enableForLevel of that first call. Not locked: register from static initialisers or the loading
-/// thread.
+/// Made on first use, the registry first of all holds kGenericCategory, with the level of that
+/// call. Not locked: register from static initialisers or from the loading thread.
 ///
 /// @param name             of static lifetime: the registry keeps the pointer
 /// @param enableForLevel   lowest level that is on; ignored for a name that the registry has

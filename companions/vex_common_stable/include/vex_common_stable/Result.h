@@ -97,8 +97,7 @@ public:
         detail::errorOfGoodResult(warnings());
     }
 
-    /// Adds a place to the trace of the error, as Error::ecatch() does. A good result stays as it
-    /// is.
+    /// Adds a place to the error's trace, as Error::ecatch() does. A good result stays as it is.
     Result &ecatch(const char *function, const char *file, int line)
     {
         if (Error *error = std::get_if<1>(&m_storage))
