@@ -44,6 +44,26 @@ std::size_t rankOf(QtMsgType type)
 std::size_t lowestRank = 2; // warnings and worse
 std::unique_ptr<QFile> logFile;
 
+/// @p text with line ends between words, so that no line is longer than a terminal is wide.
+QString wrapped(const QString &text)
+{
+    constexpr qsizetype kWidth = 79;
+    QString result;
+    qsizetype used = 0; // of the last line
+    for (const QString &word : text.split(u' ')) {
+        if (used > 0 && used + 1 + word.size() > kWidth) {
+            result += u'\n';
+            used = 0;
+        } else if (used > 0) {
+            result += u' ';
+            ++used;
+        }
+        result += word;
+        used += word.size();
+    }
+    return result;
+}
+
 void handleMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
 {
     const std::size_t rank = rankOf(type);
@@ -63,7 +83,7 @@ void handleMessage(QtMsgType type, const QMessageLogContext &, const QString &te
 CommandLine::CommandLine(const QString &command, const QString &summary)
     : m_command(command)
 {
-    m_parser.setApplicationDescription(summary);
+    m_parser.setApplicationDescription(wrapped(summary));
     m_parser.addOption({{u"h"_s, u"help"_s}, u"Shows this help and ends."_s});
     m_parser.addOption({u"json"_s, u"Prints JSON for machines instead of tables."_s});
     m_parser.addOption({u"trace"_s, u"Prints every place that an error passed."_s});

@@ -276,9 +276,8 @@ vex::Error runPattern(const QStringList &arguments)
     commandLine.addOption({u"min-share"_s},
         u"Lowest share of a peak in the table, 0 to 1 (default 0.001)."_s, u"SHARE"_s);
     commandLine.addOption({u"o"_s, u"output"_s},
-        u"Writes all 100 peaks of each pattern to FILE as CSV (JSON with --json); the table still "
-        u"goes "
-        "to standard output."_s,
+        u"Writes all 100 peaks of each pattern to FILE as CSV, besides the table; with --json, the "
+        "JSON goes there instead of to standard output."_s,
         u"FILE"_s);
     commandLine.addOption({u"plot"_s},
         u"Draws the patterns into FILE (.svg or .png); with {name} in it, one file for each."_s,
