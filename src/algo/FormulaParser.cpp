@@ -213,7 +213,8 @@ private:
         const QChar character = m_formula[position];
         const bool betweenDigits = position > 0 && position + 1 < m_formula.size()
             && m_formula[position - 1].isDigit() && m_formula[position + 1].isDigit();
-        const QString shown = character.isPrint()
+        const bool isVisible = character.isPrint() && (character == u' ' || !character.isSpace());
+        const QString shown = isVisible
             ? u"'%1'"_s.arg(character)
             : u"U+%1"_s.arg(uint(character.unicode()), 4, 16, QChar(u'0'));
         QString message =

@@ -55,6 +55,8 @@ double subtractRepeatedly(double *mass, double block)
         *mass = next; // after one step ties round the same way, so the following steps are equal
         ++times;
         const double afterNext = next - block;
+        if (!(afterNext < next)) // the first step took the odd half of a tie, no other will
+            return std::numeric_limits<double>::infinity();
         const double floor = std::ldexp(1.0, std::ilogb(next)); // smallest value of this exponent
         if (!(afterNext > floor))
             continue;

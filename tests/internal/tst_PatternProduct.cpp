@@ -188,6 +188,28 @@ private Q_SLOTS:
                 qPrintable(QString::number(relative)));
         }
     }
+
+    void repetitionEndsWhenNothingChanges_data()
+    {
+        QTest::addColumn<QList<double>>("factors");
+        QTest::newRow("single peak") << QList{1.0};
+        QTest::newRow("sticks at the smallest denormal") << QList{0.75};
+        QTest::newRow("runs out of the pattern") << QList{0.5, 0.3, 0.2};
+        QTest::newRow("grows to infinity") << QList{1.5, 0.25};
+        QTest::newRow("not a number") << QList{0.5, std::nan(""), 0.1};
+        QTest::newRow("nothing") << QList<double>();
+    }
+    void repetitionEndsWhenNothingChanges()
+    {
+        QFETCH(QList<double>, factors);
+        factors.resize(kPatternSize); // 0.0 ends what counts
+        PatternProduct endless;
+        endless.multiplyRepeatedly(tapsOf(factors.constData()), kInf);
+        PatternProduct repeated;
+        for (int i = 0; i < 5000; ++i)
+            repeated.multiply(tapsOf(factors.constData()));
+        QVERIFY(sameBits(endless.values(), repeated.values()));
+    }
 };
 
 QTEST_APPLESS_MAIN(TestPatternProduct)

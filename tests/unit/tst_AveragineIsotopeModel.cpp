@@ -245,6 +245,13 @@ private Q_SLOTS:
         }
     }
 
+    void averageMassOfWeightlessMers()
+    {
+        // Mer mass and mass excess agree but for rounding, or both are next to nothing.
+        QCOMPARE(modelOf({1.007825, -12.0}).getAverageFromMonoMass(100.0), 0.0);
+        QCOMPARE(modelOf({5e-14, 8e-14}).getAverageFromMonoMass(100.0), 0.0);
+    }
+
     void beforeInit()
     {
         const AveragineIsotopeModel model;

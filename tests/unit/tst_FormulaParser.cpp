@@ -236,8 +236,8 @@ private Q_SLOTS:
         row("between digits or not", u"C(H3)2"_s, {},
             {u"'(' at character 2 is dropped"_s,
                 u"')' at character 5 is dropped, the digits around it run together"_s});
-        row("not printable", u"C2\u0007%2"_s, {},
-            {u"U+0007 at character 3 is dropped"_s, u"'%' at character 4 is dropped"_s});
+        row("not visible", u"C2\u00A0%2"_s, {},
+            {u"U+00a0 at character 3 is dropped"_s, u"'%' at character 4 is dropped"_s});
         row("lost, then unknown", u"(c62Xy"_s, {},
             {u"'(' at character 1 is dropped"_s,
                 u"'c62' at character 2 stands before the first symbol"_s,
