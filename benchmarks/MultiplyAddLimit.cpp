@@ -13,9 +13,9 @@ double VEX_LIMIT(const double *operands)
     Vector sums[kChains];
     for (Vector &sum : sums)
         sum = 0.0;
-    Vector factor = operands[0];
     for (long done = 0; done < kMultiplyAdds; done += kChains * kWidth) {
-        factor += 1e-9; // a new factor each time, so that no product can be kept
+        // a new factor each time, so that no product can be kept
+        const Vector factor = operands[done % 32];
 #pragma GCC unroll 16
         for (int chain = 0; chain < kChains; ++chain) {
             const Vector operand(operands + chain * kWidth, std::experimental::vector_aligned);
