@@ -2,7 +2,6 @@
 
 #include "CommandLine.h"
 #include "Failure.h"
-#include "Table.h"
 
 #include <vex/FormulaParser.h>
 #include <vex/MolecularFormula.h>
@@ -38,7 +37,7 @@ Counts modernAveragine()
 /// @p text with equally many decimals in every count and no decimal point.
 QString withoutDecimalPoints(const QString &text)
 {
-    static const QRegularExpression count(u"([A-Z][a-z]*)\\s*(\\d*)(?:\\.(\\d*))?"_s);
+    static const QRegularExpression count(u"([A-Z][a-z]*)\\s*(\\d*)(?:[.,](\\d*))?"_s);
     qsizetype decimals = 0;
     for (auto matches = count.globalMatch(text); matches.hasNext();)
         decimals = std::max(decimals, matches.next().capturedLength(3));
@@ -64,19 +63,19 @@ vex::Result<Counts> countsFromText(const QString &text)
     using Finding = vex::FormulaParser::Finding;
     QStringList warnings;
     for (const Finding &finding : check.value().findings) {
-        if (finding.kind == Finding::CharacterDropped && finding.text == "."_L1)
+        if (finding.kind == Finding::DigitsJoined
+            && (finding.text == "."_L1 || finding.text == ","_L1))
             return usageFailure(
-                u"the formula '%1' has decimals, which formula texts cannot hold: write equally "
-                u"many "
-                "decimals everywhere and leave the point out (%2), or use --averagine FILE.json"_s
-                    .arg(text, withoutDecimalPoints(text)));
+                u"the formula '%1' has decimals, which formula texts cannot hold: "
+                "write equally many decimals everywhere and leave the point out "
+                "(%2), or use --averagine FILE.json"_s.arg(text, withoutDecimalPoints(text)));
+        if (finding.kind == Finding::DigitsJoined)
+            return usageFailure(u"the formula '%1' is not clear: %2"_s.arg(text, finding.message));
         if (!(finding.kind == Finding::CharacterDropped && finding.text.front().isSpace()))
             warnings.append(u"formula: "_s + finding.message);
     }
     Counts counts;
-    if (auto error = vex::FormulaParser::molecularFormulaHashFromString(text, &counts);
-        error.hasError())
-        return passedOn(std::move(error)); // not reached: the check has read the text
+    std::ignore = vex::FormulaParser::molecularFormulaHashFromString(text, &counts); // checked
     vex::Result<Counts> result(counts);
     result.addWarnings(warnings);
     return result;

@@ -99,11 +99,6 @@ void CommandLine::addPositional(
     m_parser.addPositionalArgument(name, description, syntax);
 }
 
-void CommandLine::addSwitch(const QString &name, const QString &description)
-{
-    m_parser.addOption({name, description});
-}
-
 void CommandLine::addOption(
     const QStringList &names, const QString &description, const QString &valueName)
 {

@@ -19,8 +19,6 @@ public:
 
     /// Positional arguments, for the help text.
     void addPositional(const QString &name, const QString &description, const QString &syntax);
-    /// An option without a value.
-    void addSwitch(const QString &name, const QString &description);
     /// An option with a value; may be given more than once where the command says so.
     void addOption(const QStringList &names, const QString &description, const QString &valueName);
 

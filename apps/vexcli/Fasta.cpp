@@ -7,6 +7,7 @@
 
 #include <QFile>
 #include <QHash>
+#include <QMap>
 
 #include <optional>
 
@@ -95,9 +96,8 @@ private:
     {
         ++m_column;
         if (character == '\n') {
-            if (m_state == Header) {
+            if (m_state == Header)
                 beginRecord();
-            }
             ++m_line;
             m_column = 0;
             m_state = LineStart;

@@ -35,6 +35,8 @@ QString kindName(vex::FormulaParser::Finding::Kind kind)
     switch (kind) {
     case Finding::CharacterDropped:
         return u"dropped"_s;
+    case Finding::DigitsJoined:
+        return u"digits joined"_s;
     case Finding::LostBeforeSymbol:
         return u"lost"_s;
     case Finding::CountTailIgnored:

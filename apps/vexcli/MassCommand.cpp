@@ -112,6 +112,11 @@ vex::Error runMass(const QStringList &arguments)
                                       : Conversion{mass, model.getMonoFromAverageMer(mass)});
     }
 
+    if (auto error =
+            requireOtherFiles({commandLine.value(u"masses"_s), commandLine.value(u"averagine"_s)},
+                {commandLine.value(u"output"_s)});
+        error.hasError())
+        return passedOn(std::move(error));
     auto output = Output::open(commandLine.value(u"output"_s));
     if (output.hasError())
         return passedOn(std::move(output).error());

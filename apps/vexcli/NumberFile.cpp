@@ -6,6 +6,9 @@
 
 #include <QFile>
 
+#include <algorithm>
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace vexcli {
@@ -42,11 +45,13 @@ vex::Error forEachLine(const QString &path, Visitor visit)
     }
 }
 
-bool isNumber(const QString &text)
+/// True for the title of a column: words. A mistyped number must not pass as one and get lost.
+bool isTitle(const QString &field)
 {
-    bool result = false;
-    text.toDouble(&result);
-    return result;
+    bool isNumber = false;
+    field.toDouble(&isNumber); // nan and inf are
+    return !field.isEmpty() && !isNumber
+        && std::none_of(field.begin(), field.end(), [](QChar c) { return c.isDigit(); });
 }
 
 } // namespace
@@ -54,9 +59,9 @@ bool isNumber(const QString &text)
 vex::Result<QList<double>> readMasses(const QString &path)
 {
     QList<double> masses;
-    bool mayBeHeader = true;
+    bool isFirst = true;
     auto error = forEachLine(path, [&](const QString &text, const QString &where) -> vex::Error {
-        if (std::exchange(mayBeHeader, false) && !isNumber(text))
+        if (std::exchange(isFirst, false) && isTitle(text))
             return vex::ErrorCode::NoError;
         auto mass = nonNegativeNumber(text, u"mass"_s);
         if (mass.hasError())
@@ -74,9 +79,9 @@ vex::Result<QList<double>> readMasses(const QString &path)
 vex::Result<QHash<QString, PublishedMasses>> readPublishedMasses(const QString &path)
 {
     QHash<QString, PublishedMasses> published;
-    bool isHeader = true;
+    bool isFirst = true;
     auto error = forEachLine(path, [&](const QString &text, const QString &where) -> vex::Error {
-        if (std::exchange(isHeader, false))
+        if (std::exchange(isFirst, false) && isTitle(text.section(u',', 1, 1)))
             return vex::ErrorCode::NoError;
         const QStringList fields = text.split(u',');
         if (fields.size() != 3)

@@ -8,8 +8,8 @@
 
 namespace vexcli {
 
-/// Reads one number of at least 0 a line; blank lines, lines that begin with '#' and one header
-/// line are passed over. A bad line is an error with its number.
+/// Reads one number of at least 0 a line; blank lines, lines that begin with '#' and one line
+/// of titles are passed over. A bad line is an error with its number.
 vex::Result<QList<double>> readMasses(const QString &path);
 
 /// Masses of one molecule as somebody published them, in daltons.
@@ -19,8 +19,8 @@ struct PublishedMasses
     double monoisotopic = 0.0;
 };
 
-/// Reads CSV lines "name,average,monoisotopic" behind one header line; lines that begin with '#'
-/// are passed over. A bad line is an error with its number.
+/// Reads CSV lines "name,average,monoisotopic" ; a line of titles and lines that begin with '#' are
+/// passed over. A bad line is an error with its number.
 vex::Result<QHash<QString, PublishedMasses>> readPublishedMasses(const QString &path);
 
 } // namespace vexcli

@@ -18,6 +18,16 @@ namespace {
 constexpr QIODevice::OpenMode kMode = QIODevice::WriteOnly | QIODevice::Unbuffered;
 constexpr qsizetype kBuffer = 1 << 16; // bytes
 
+/// One text for all paths of a file, whether it exists yet or not.
+QString identity(const QString &path)
+{
+    const QFileInfo info(path);
+    if (info.exists())
+        return info.canonicalFilePath();
+    const QString folder = QFileInfo(info.absolutePath()).canonicalFilePath();
+    return folder.isEmpty() ? info.absoluteFilePath() : folder + u'/' + info.fileName();
+}
+
 } // namespace
 
 vex::Result<std::shared_ptr<Output>> Output::open(const QString &path)
@@ -41,6 +51,19 @@ vex::Result<std::shared_ptr<Output>> Output::open(const QString &path)
     if (!output->m_device->open(kMode))
         return failure(u"cannot write %1: %2"_s.arg(path, output->m_device->errorString()));
     return output;
+}
+
+vex::Error requireOtherFiles(const QStringList &inputs, const QStringList &outputs)
+{
+    QStringList taken = inputs;
+    for (const QString &output : outputs) {
+        for (const QString &other : std::as_const(taken)) {
+            if (!output.isEmpty() && !other.isEmpty() && identity(output) == identity(other))
+                return usageFailure(u"%1 would overwrite %2"_s.arg(output, other));
+        }
+        taken.append(output);
+    }
+    return vex::ErrorCode::NoError;
 }
 
 void Output::write(const QByteArray &data)

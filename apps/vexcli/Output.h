@@ -2,6 +2,7 @@
 
 #include <QFileDevice>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -33,5 +34,9 @@ private:
     QByteArray m_buffer; // not written yet
     QString m_problem; // of the first write that failed
 };
+
+/// Fails when an output is one of the inputs or another output, by whatever path: nothing that
+/// somebody still needs is overwritten. Empty paths count as not given.
+vex::Error requireOtherFiles(const QStringList &inputs, const QStringList &outputs);
 
 } // namespace vexcli

@@ -310,6 +310,18 @@ vex::Error runPattern(const QStringList &arguments)
         published = std::move(masses).value();
     }
 
+    QSet<QString> unknown(published.keyBegin(), published.keyEnd());
+    for (const Molecule &molecule : molecules.value())
+        unknown.remove(molecule.name);
+    for (const QString &name : std::as_const(unknown))
+        qWarning("published masses of %s: no such sequence", qUtf8Printable(name));
+
+    if (auto error =
+            requireOtherFiles({commandLine.value(u"fasta"_s), commandLine.value(u"published"_s),
+                                  commandLine.value(u"averagine"_s)},
+                {commandLine.value(u"output"_s), commandLine.value(u"plot"_s)});
+        error.hasError())
+        return passedOn(std::move(error));
     auto shown = Output::open({});
     if (shown.hasError())
         return passedOn(std::move(shown).error());

@@ -35,6 +35,7 @@ public:
         /// What is the matter.
         enum Kind {
             CharacterDropped, ///< neither letter nor digit nor sign
+            DigitsJoined, ///< dropped like that from between two digits, which make one number now
             LostBeforeSymbol, ///< stands before the first upper-case letter
             CountTailIgnored, ///< behind the part of the count that is a number
             SymbolIgnored, ///< none of C, H, O, N, S, P, Na

@@ -183,11 +183,16 @@ public:
     explicit Findings(const QString &formula)
         : m_formula(formula)
     {
-        for (qsizetype i = 0; i < formula.size(); ++i) {
-            if (isKept(formula[i]))
-                m_positions.append(i);
-            else
-                addDropped(i);
+        for (qsizetype i = 0, dropped = 0; i <= formula.size(); ++i) {
+            if (i < formula.size() && !isKept(formula[i])) {
+                ++dropped;
+                continue;
+            }
+            const bool joinsDigits = i < formula.size() && formula[i].isDigit()
+                && !m_positions.isEmpty() && formula[m_positions.last()].isDigit();
+            addDropped(i - dropped, i, joinsDigits);
+            dropped = 0;
+            m_positions.append(i);
         }
     }
 
@@ -208,25 +213,26 @@ public:
     }
 
 private:
-    void addDropped(qsizetype position)
+    void addDropped(qsizetype from, qsizetype to, bool joinsDigits)
     {
-        const QChar character = m_formula[position];
-        const bool betweenDigits = position > 0 && position + 1 < m_formula.size()
-            && m_formula[position - 1].isDigit() && m_formula[position + 1].isDigit();
-        const bool isVisible = character.isPrint() && (character == u' ' || !character.isSpace());
-        const QString shown = isVisible
-            ? u"'%1'"_s.arg(character)
-            : u"U+%1"_s.arg(uint(character.unicode()), 4, 16, QChar(u'0'));
-        QString message =
-            u"%1 at character %2 is dropped"_s.arg(shown, QString::number(position + 1));
-        if (betweenDigits)
-            message += u", the digits around it run together"_s;
-        m_findings.append(
-            {FormulaParser::Finding::CharacterDropped, position, QString(character), message});
+        using Finding = FormulaParser::Finding;
+        for (qsizetype i = from; i < to; ++i) {
+            const QChar character = m_formula[i];
+            const bool isVisible =
+                character.isPrint() && (character == u' ' || !character.isSpace());
+            const QString shown = isVisible
+                ? u"'%1'"_s.arg(character)
+                : u"U+%1"_s.arg(uint(character.unicode()), 4, 16, QChar(u'0'));
+            QString message = u"%1 at character %2 is dropped"_s.arg(shown, QString::number(i + 1));
+            if (joinsDigits)
+                message += u", the digits around it run together"_s;
+            m_findings.append({joinsDigits ? Finding::DigitsJoined : Finding::CharacterDropped, i,
+                QString(character), message});
+        }
     }
 
     const QString &m_formula;
-    QList<qsizetype> m_positions; // of each kept character in the full text
+    QList<qsizetype> m_positions; // of each kept character in the full text, and its end
     QList<FormulaParser::Finding> m_findings;
 };
 

@@ -129,29 +129,21 @@ private Q_SLOTS:
             QVERIFY(subtractsLikeThePlainLoop(mass, block));
     }
 
-    void subtractionWithoutEnd_data()
-    {
-        QTest::addColumn<double>("mass");
-        QTest::addColumn<double>("block");
-        QTest::addColumn<bool>("ends");
-        const double two60 = std::ldexp(1.0, 60); // doubles are 256 apart from here on, 128 below
-        const double aboveHalf = std::nextafter(128.0, kInf);
-        QTest::newRow("infinite mass") << kInf << 1.0 << false;
-        QTest::newRow("greatest mass") << std::numeric_limits<double>::max() << 1.0 << false;
-        QTest::newRow("tie, even") << two60 + 512.0 << 128.0 << false;
-        QTest::newRow("tie, odd: one step, then even") << two60 + 256.0 * 7.0 << 128.0 << false;
-        QTest::newRow("tie, odd: one step to finer ones") << two60 + 256.0 << 128.0 << true;
-        QTest::newRow("above the tie") << two60 + 512.0 << aboveHalf << true;
-        QTest::newRow("tie below a power of two") << two60 << 64.0 << false;
-        QTest::newRow("above that tie") << two60 << aboveHalf / 2.0 << true;
-    }
     void subtractionWithoutEnd()
     {
-        QFETCH(double, mass);
-        QFETCH(double, block);
-        const double times = subtractRepeatedly(&mass, block);
-        QTEST(std::isfinite(times), "ends");
-        QVERIFY(std::isinf(times) || (mass >= 0.0 && mass < block));
+        const double two60 = std::ldexp(1.0, 60); // doubles are 256 apart from here on, 128 below
+        const double aboveHalf = std::nextafter(128.0, kInf);
+        for (const auto &[mass, block, ends] :
+            {std::tuple(kInf, 1.0, false), std::tuple(two60 + 512.0, 128.0, false), // tie, even
+                std::tuple(two60 + 256.0 * 7.0, 128.0, false), // tie, odd: one step, then even
+                std::tuple(two60 + 256.0, 128.0, true), // tie, odd: one step to finer doubles
+                std::tuple(two60 + 512.0, aboveHalf, true), std::tuple(two60, 64.0, false),
+                std::tuple(two60, aboveHalf / 2.0, true)}) {
+            double left = mass;
+            const double times = subtractRepeatedly(&left, block);
+            QCOMPARE(std::isfinite(times), ends);
+            QVERIFY(!ends || (left >= 0.0 && left < block));
+        }
     }
 
     void powersEqualRepetition_data()

@@ -75,7 +75,7 @@ QString flawOfCheck(const QString &formula, const QString &outcome)
         if (finding.position < last || formula[finding.position] != finding.text.front())
             return finding.message;
         last = finding.position;
-        kept -= finding.kind == Finding::CharacterDropped;
+        kept -= finding.kind == Finding::CharacterDropped || finding.kind == Finding::DigitsJoined;
     }
     const auto isKept = [](QChar c) {
         return c.isLetter() || c.isDigit() || c == u'+' || c == u'-';
@@ -237,7 +237,8 @@ private Q_SLOTS:
             {u"'(' at character 2 is dropped"_s,
                 u"')' at character 5 is dropped, the digits around it run together"_s});
         row("not visible", u"C2\u00A0%2"_s, {},
-            {u"U+00a0 at character 3 is dropped"_s, u"'%' at character 4 is dropped"_s});
+            {u"U+00a0 at character 3 is dropped, the digits around it run together"_s,
+                u"'%' at character 4 is dropped, the digits around it run together"_s});
         row("lost, then unknown", u"(c62Xy"_s, {},
             {u"'(' at character 1 is dropped"_s,
                 u"'c62' at character 2 stands before the first symbol"_s,
@@ -270,7 +271,8 @@ private Q_SLOTS:
             QCOMPARE(result.error().warnings(), messages);
         } else {
             QVERIFY(error.isEmpty() && messages.isEmpty());
-            const char *const phrases[] = {"dropped", "before the first", "no part", "none of"};
+            const char *const phrases[] = {
+                "dropped", "run together", "before the first", "no part", "none of"};
             for (const Finding &finding : result.value().findings) {
                 messages.append(finding.message);
                 QVERIFY(finding.message.contains(QLatin1StringView(phrases[finding.kind])));
