@@ -28,10 +28,10 @@ add_custom_target(docs
     COMMENT "Writing ${VEX_DOCS_OUTPUT}/html/index.html"
     VERBATIM)
 
-if(UNIX)
+if(CMAKE_HOST_UNIX)
     add_test(NAME docs.doxygen COMMAND ${PROJECT_SOURCE_DIR}/scripts/check-docs
         $<TARGET_FILE:Doxygen::doxygen> ${VEX_DOCS_OUTPUT}/Doxyfile ${VEX_DOCS_OUTPUT}/xml)
-    set_tests_properties(docs.doxygen PROPERTIES LABELS lint TIMEOUT 300)
+    set_tests_properties(docs.doxygen PROPERTIES LABELS script TIMEOUT 300)
 else()
     message(STATUS "No shell for scripts/check-docs: test docs.doxygen is left out")
 endif()

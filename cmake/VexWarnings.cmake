@@ -7,6 +7,9 @@ else()
         -Wall -Wextra -Wpedantic -Wconversion -Wshadow
         -ffp-contract=off # a product and a sum stay two roundings on every machine
         -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=) # no path of the build machine in what is built
+    if(MINGW) # the newest form of debug data that DbgHelp under Wine reads: names and lines in a crash report
+        target_compile_options(vex_warnings INTERFACE -gdwarf-4)
+    endif()
 endif()
 target_compile_definitions(vex_warnings INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_FOREACH

@@ -3,7 +3,8 @@ set -eu
 cd "$(dirname "$0")/.."
 
 build_packages="g++ cmake ninja-build qt6-base-dev libqt6opengl6-dev qt6-charts-dev qt6-svg-dev fonts-dejavu-core"
-test_packages="pkg-config doxygen"
+test_packages="pkg-config doxygen dpkg-dev mmdebstrap"
+windows_packages="g++-mingw-w64-x86-64-posix wine wine64 dpkg-dev clang libc++-dev"
 bench_packages="libbenchmark-dev"
 
 # Installs the Debian packages that are missing; needs no network when nothing is.

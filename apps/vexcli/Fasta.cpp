@@ -20,6 +20,7 @@ namespace {
 using AtomCounts = vex::ResidueCompositions::AtomCounts;
 
 constexpr std::string_view kWater = "1";
+constexpr QByteArrayView kByteOrderMark = "\xEF\xBB\xBF"; // editors on Windows begin UTF-8 with it
 constexpr qsizetype kChunk = 1 << 16; // bytes read at a time
 constexpr qsizetype kLongestHeader = 1 << 12; // bytes kept of a header line
 
@@ -214,6 +215,8 @@ vex::Result<QList<Protein>> readFasta(const QString &path)
     Reader reader(path);
     Progress progress(u"reading"_s, file.size());
     qint64 done = 0;
+    if (file.peek(kByteOrderMark.size()) == kByteOrderMark)
+        file.skip(kByteOrderMark.size());
     while (true) {
         const QByteArray bytes = file.read(kChunk);
         if (file.error() != QFileDevice::NoError)

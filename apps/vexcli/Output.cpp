@@ -1,9 +1,9 @@
 #include "Output.h"
 
 #include "Failure.h"
+#include "platform/Files.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QSaveFile>
 
 #include <cstdio>
@@ -17,16 +17,6 @@ namespace {
 // Qt's own buffer would swallow why a write fell short.
 constexpr QIODevice::OpenMode kMode = QIODevice::WriteOnly | QIODevice::Unbuffered;
 constexpr qsizetype kBuffer = 1 << 16; // bytes
-
-/// One text for all paths of a file, whether it exists yet or not.
-QString identity(const QString &path)
-{
-    const QFileInfo info(path);
-    if (info.exists())
-        return info.canonicalFilePath();
-    const QString folder = QFileInfo(info.absolutePath()).canonicalFilePath();
-    return folder.isEmpty() ? info.absoluteFilePath() : folder + u'/' + info.fileName();
-}
 
 } // namespace
 
@@ -42,10 +32,8 @@ vex::Result<std::shared_ptr<Output>> Output::open(const QString &path)
         return output;
     }
     output->m_name = path;
-    const QFileInfo info(path);
-    if (info.exists() && !info.isFile()
-        && !info.isDir()) // a device or a pipe has no other name to take
-        output->m_device = std::make_unique<QFile>(path);
+    if (const QString device = devicePath(path); !device.isEmpty())
+        output->m_device = std::make_unique<QFile>(device);
     else
         output->m_device = std::make_unique<QSaveFile>(path);
     if (!output->m_device->open(kMode))
@@ -58,7 +46,8 @@ vex::Error requireOtherFiles(const QStringList &inputs, const QStringList &outpu
     QStringList taken = inputs;
     for (const QString &output : outputs) {
         for (const QString &other : std::as_const(taken)) {
-            if (!output.isEmpty() && !other.isEmpty() && identity(output) == identity(other))
+            if (!output.isEmpty() && !other.isEmpty()
+                && fileIdentity(output) == fileIdentity(other))
                 return usageFailure(u"%1 would overwrite %2"_s.arg(output, other));
         }
         taken.append(output);

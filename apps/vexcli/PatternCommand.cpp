@@ -9,6 +9,7 @@
 #include "Plot.h"
 #include "Progress.h"
 #include "Table.h"
+#include "platform/Files.h"
 
 #include <vex/MolecularMass.h>
 
@@ -180,14 +181,15 @@ public:
             return usageFailure(
                 u"%1 patterns are too many for one plot: write {name} into the file name for one each"_s
                     .arg(molecules.size()));
-        QSet<QString> paths;
+        QSet<QString> files;
         for (qsizetype i = 0; i < (m_isOneEach ? molecules.size() : 1); ++i) {
             QString filled = path;
             if (m_isOneEach)
                 filled.replace(kNamePlaceholder, fileNameFor(molecules[i].name));
-            if (paths.contains(filled))
+            const QString file = fileIdentity(filled);
+            if (files.contains(file))
                 return failure(u"two patterns would be drawn into %1"_s.arg(filled));
-            paths.insert(filled);
+            files.insert(file);
             auto output = Output::open(filled);
             if (output.hasError())
                 return passedOn(std::move(output).error());

@@ -58,8 +58,7 @@ void Progress::update(qint64 done)
 
 void catchInterrupts()
 {
-    std::signal(SIGINT, noteInterrupt);
-    std::signal(SIGTERM, noteInterrupt);
+    onInterrupt(noteInterrupt);
 }
 
 bool isInterrupted()

@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "Plot.h"
 #include "Progress.h"
+#include "platform/Terminal.h"
 
 #include <vex/CommandLineKeys.h>
 #include <vex/InternalVersion.h>
@@ -82,6 +83,7 @@ vex::Error run(const QStringList &arguments)
 
 int main(int argc, char *argv[])
 {
+    vexcli::prepareStreams();
     const bool needsPlot = std::any_of(argv, argv + argc,
         [](const char *argument) { return QLatin1StringView(argument).startsWith("--plot"_L1); });
     const auto application = vexcli::makeApplication(argc, argv, needsPlot);

@@ -84,7 +84,7 @@ private:
     /// What every query begins with: the working pattern after 1, 2, ... blocks of 1000 mers.
     ///
     /// Filled by the first query that needs it; a thread that comes meanwhile does without.
-    class ThousandsChain
+    class VEX_EXPORT ThousandsChain // exported: the model's implicit copying uses it
     {
     public:
         static constexpr int kLength =

@@ -165,7 +165,7 @@ private Q_SLOTS:
             QVERIFY2(child.waitForFinished(), qPrintable(child.errorString()));
             QVERIFY(child.exitStatus() == QProcess::CrashExit || child.exitCode() != 0);
             QCOMPARE(child.readAllStandardOutput(), QByteArray());
-            const QString text = QString::fromUtf8(child.readAllStandardError());
+            const QString text = QString::fromLocal8Bit(child.readAllStandardError());
             for (const QString &line : lines)
                 QVERIFY2(text.contains(line), qPrintable(kind + u": "_s + text));
         }
