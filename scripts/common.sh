@@ -3,7 +3,7 @@ set -eu
 cd "$(dirname "$0")/.."
 
 build_packages="g++ cmake ninja-build qt6-base-dev libqt6opengl6-dev qt6-charts-dev qt6-svg-dev fonts-dejavu-core"
-test_packages="pkg-config doxygen dpkg-dev mmdebstrap"
+test_packages="pkg-config doxygen dpkg-dev file mmdebstrap"
 windows_packages="g++-mingw-w64-x86-64-posix wine wine64 dpkg-dev clang libc++-dev"
 bench_packages="libbenchmark-dev"
 
