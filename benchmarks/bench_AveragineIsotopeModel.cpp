@@ -1,5 +1,5 @@
 #include "Harness.h"
-#include "MultiplyAddLimit.h"
+#include "Kernels.h"
 #include "PlainAveragine.h"
 
 #include <vex/AveragineIsotopeModel.h>
@@ -7,7 +7,6 @@
 #include <vex/MolecularFormula.h>
 #include <vex/ProteinMassConverter.h>
 
-#include "algo/ConvolutionKernel.h"
 #include "algo/PatternProduct.h"
 
 #include <benchmark/benchmark.h>
@@ -22,33 +21,17 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using vex::detail::ConvolutionKernel;
+using bench::KernelCase;
+using bench::kernels;
 
 const QString kAveragine = u"C49384H77583N13577O14773S417"_s;
 constexpr std::array kMasses{1e3, 1e4, 2.5e4, 5e4, 1e5}; // daltons
 constexpr double kWithinLimit = 3.0; // times the multiply-add limit
 constexpr double kLimitFrom = 2.5e4; // daltons
 
-/// A kernel and what is asked of it.
-struct KernelCase
-{
-    std::string name;
-    ConvolutionKernel kernel;
-    double (*limit)(const double *operands);
-    double setUpFloor;
-    double peaksFloor;
-};
-
-std::vector<KernelCase> kernels()
-{
-    std::vector<KernelCase> all{
-        {"sse2", vex::detail::convolveBaseline, bench::multiplyAddsBaseline, 6.0, 8.0}};
-#if defined(VEX_HAVE_AVX2_KERNEL)
-    if (vex::detail::fastestKernel() == vex::detail::convolveAvx2)
-        all.push_back({"avx2", vex::detail::convolveAvx2, bench::multiplyAddsAvx2, 10.0, 15.0});
-#endif
-    return all;
-}
+// Floors of the ratios, SSE2 and AVX2.
+constexpr std::array kSetUpFloors{6.0, 10.0};
+constexpr std::array kPeaksFloors{8.0, 15.0};
 
 vex::MolecularFormula averagine()
 {
@@ -169,10 +152,10 @@ void addSetUp()
                     benchmark::DoNotOptimize(
                         vex::ProteinMassConverter::averageMassToMono(1e4, kAveragine));
             });
-        bench::compare(
-            {"setup/" + kernel.name, "setup/plain", "setup/" + kernel.name, kernel.setUpFloor});
+        bench::compare({"setup/" + kernel.name, "setup/plain", "setup/" + kernel.name,
+            kSetUpFloors[kernel.isWide ? 1 : 0]});
         bench::compare({"convert/" + kernel.name, "convert/plain", "convert/" + kernel.name,
-            kernel.setUpFloor});
+            kSetUpFloors[kernel.isWide ? 1 : 0]});
     }
 }
 
@@ -195,7 +178,7 @@ void addPeaks(double mass)
                 benchmark::DoNotOptimize(
                     asked.peakIntensityRatiosFromMass(mass, &intensities).value());
         });
-        bench::compare({fast, name + "/plain", fast, kernel.peaksFloor});
+        bench::compare({fast, name + "/plain", fast, kPeaksFloors[kernel.isWide ? 1 : 0]});
     }
 }
 
@@ -203,15 +186,6 @@ void addPeaks(double mass)
 void addLimits()
 {
     for (const KernelCase &kernel : kernels()) {
-        const std::string limit = "limit/" + kernel.name;
-        benchmark::RegisterBenchmark(limit.c_str(), [=](benchmark::State &state) {
-            alignas(64) std::array<double, 40> operands;
-            operands.fill(1e-9);
-            for (auto _ : state) {
-                benchmark::DoNotOptimize(operands.data());
-                benchmark::DoNotOptimize(kernel.limit(operands.data()));
-            }
-        });
         for (const double mass : kMasses) {
             if (mass < kLimitFrom)
                 continue;
@@ -228,8 +202,8 @@ void addLimits()
                     benchmark::DoNotOptimize(product.values());
                 }
             });
-            bench::compare({name + ", share of the limit", limit, name, 1.0 / kWithinLimit,
-                static_cast<double>(convolutions.multiplyAdds) / bench::kMultiplyAdds});
+            bench::compareWithLimit(
+                name, kernel, static_cast<double>(convolutions.multiplyAdds), 1.0 / kWithinLimit);
         }
     }
 }

@@ -5,7 +5,7 @@ set(vex_targets vex)
 set(VEX_PC_REQUIRES "Qt6Core")
 set(VEX_PC_COMPANION_LIBS "")
 if(VEX_COMPANIONS STREQUAL standin)
-    list(APPEND vex_targets vex_common_stable)
+    list(APPEND vex_targets vex_common_stable vex_common_core_mini)
     set(VEX_PC_COMPANION_LIBS "-lvex_common_stable")
 endif()
 

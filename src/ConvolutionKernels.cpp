@@ -30,6 +30,15 @@ ConvolutionKernel activeKernel()
     return activeSlot().load(std::memory_order_relaxed);
 }
 
+GrowthKernel activeGrowthKernel()
+{
+#if defined(VEX_HAVE_AVX2_KERNEL)
+    if (activeKernel() == convolveAvx2)
+        return growAvx2;
+#endif
+    return growBaseline;
+}
+
 void setActiveKernel(ConvolutionKernel kernel)
 {
     activeSlot().store(kernel, std::memory_order_relaxed);

@@ -1,6 +1,7 @@
 #include <vex/AveragineIsotopeModel.h>
 
 #include "algo/ElementTable.h"
+#include "algo/HighestPeak.h"
 #include "algo/PatternProduct.h"
 #include "detail/Trace.h"
 
@@ -20,24 +21,6 @@ constexpr detail::TraceSource kSource{"src/algo/AveragineIsotopeModel"};
 namespace at {
 constexpr auto patternEmpty = kSource.line(455); // chosen here
 } // namespace at
-
-/// Index of the greatest value above 0, the first of equals; -1 when there is none.
-int indexOfHighest(const double *values, int count)
-{
-    // Four running maxima: one would make each comparison wait for the one before.
-    double highest[4] = {};
-    int i = 0;
-    for (; i + 4 <= count; i += 4) {
-        for (int lane = 0; lane < 4; ++lane)
-            highest[lane] = values[i + lane] > highest[lane] ? values[i + lane] : highest[lane];
-    }
-    for (; i < count; ++i)
-        highest[0] = std::max(highest[0], values[i]);
-    const double best = *std::max_element(highest, highest + 4);
-    if (!(best > 0.0))
-        return -1;
-    return static_cast<int>(std::find(values, values + count, best) - values);
-}
 
 static_assert(AveragineIsotopeModel::kPeakCount == detail::kPatternSize);
 
@@ -171,7 +154,7 @@ Result<int> AveragineIsotopeModel::peakIntensityRatiosFromMass(
     averageMer(mass, &pattern);
     intensities->resize(kPeakCount); // new entries are 0.0
     std::copy_n(pattern.values(), pattern.size(), intensities->begin());
-    const int best = indexOfHighest(pattern.values(), pattern.size());
+    const int best = detail::indexOfHighest(pattern.values(), pattern.size());
     if (!intensities->isEmpty())
         return best;
     detail::logAt(at::patternEmpty, Q_FUNC_INFO).warning("Empty output peak intensities.");

@@ -1,0 +1,232 @@
+#include <vex/AveragineIsotopeDistribution.h>
+
+#include <vex/IsotopeWorkspace.h>
+
+#include "algo/IsotopeGrowth.h"
+#include "detail/Companions.h"
+
+#include <QDebug>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+#include <string>
+
+using namespace Qt::StringLiterals;
+
+namespace vex {
+
+namespace {
+
+constexpr std::size_t kElementCount = 5;
+constexpr qint64 kMostAtoms = std::numeric_limits<int>::max(); // added in one step
+
+/// Rounds half away from zero; the largest integers stand for what is beyond them, 0 for NaN.
+qint32 rounded(double value)
+{
+    if (value > 0.0 && value < std::numeric_limits<qint32>::max() - 1) // the usual case
+        return static_cast<qint32>(value + 0.5);
+    const double shifted = value > 0.0 ? value + 0.5 : value - 0.5;
+    if (!(shifted > std::numeric_limits<qint32>::min()))
+        return std::isnan(shifted) ? 0 : std::numeric_limits<qint32>::min();
+    if (!(shifted < std::numeric_limits<qint32>::max()))
+        return std::numeric_limits<qint32>::max();
+    return static_cast<qint32>(shifted);
+}
+
+/// How many atoms each grid point adds to those of the one before.
+class AtomTargets
+{
+public:
+    using Counts = std::array<int, kElementCount>; // C, H, N, O, S
+
+    AtomTargets(double spacing, const IsotopeWorkspace &workspace)
+        : m_spacing(spacing)
+        , m_atomMass(workspace.averageAtomMass)
+    {
+        std::copy_n(workspace.atomFractions.begin(), kElementCount, m_fractions.begin());
+    }
+
+    /// For grid point @p index; to be asked in ascending order from 0.
+    const Counts &added(int index)
+    {
+        const auto place = static_cast<std::size_t>(index % kAhead);
+        if (place == 0)
+            workAhead(index);
+        return m_added[place];
+    }
+
+private:
+    static constexpr int kAhead = 32; // grid points whose divisions do not wait for each other
+    static constexpr std::size_t kPadded = 6; // elements, to an even number
+
+    void workAhead(int first)
+    {
+        // From the mass each time, so that errors of rounding do not add up.
+        std::array<std::array<double, kPadded>, kAhead> atoms;
+        for (int i = 0; i < kAhead; ++i) {
+            for (std::size_t element = 0; element < kPadded; ++element)
+                atoms[std::size_t(i)][element] =
+                    (first + i) * m_spacing * m_fractions[element] / m_atomMass;
+        }
+        for (std::size_t i = 0; i < kAhead; ++i) {
+            for (std::size_t element = 0; element < kElementCount; ++element) {
+                const qint32 target = rounded(atoms[i][element]);
+                m_added[i][element] = static_cast<int>(
+                    std::clamp<qint64>(qint64(target) - m_before[element], 0, kMostAtoms));
+                m_before[element] = target;
+            }
+        }
+    }
+
+    double m_spacing;
+    double m_atomMass;
+    std::array<double, kPadded> m_fractions{};
+    Counts m_before{}; // atoms of the grid point before m_added
+    std::array<Counts, kAhead> m_added;
+};
+
+std::string shown(double value)
+{
+    return QString::number(value).toStdString();
+}
+
+/// Throws for a table that would take all memory, or all day.
+void requireFeasible(
+    const AveragineIsotopeDistribution::Parameters &parameters, const IsotopeWorkspace &workspace)
+{
+    using Distribution = AveragineIsotopeDistribution;
+    const double count = std::ceil(parameters.avgDistCount);
+    if (!(count > 0.0))
+        return;
+    const double largest = (count - 1.0) * parameters.massSpacing; // daltons
+    if (largest > Distribution::kLargestMass)
+        throw std::length_error("a grid up to " + shown(largest) + " Da; the largest mass is "
+            + shown(Distribution::kLargestMass) + " Da");
+    // The centre of a pattern moves up by this much per dalton; its flanks are the smaller part.
+    double shift = 0.0;
+    for (std::size_t element = 0; element < kElementCount; ++element) {
+        const std::vector<double> &abundances = workspace.isotopeAbundances[element];
+        for (std::size_t isotope = 1; isotope < abundances.size(); ++isotope)
+            shift += workspace.atomFractions[element] * abundances[isotope] * double(isotope);
+    }
+    shift /= workspace.averageAtomMass;
+    constexpr double kFlank = 16.0; // also for what a list costs besides its values
+    const double values = count * (kFlank + 0.5 * (largest > 0.0 ? largest : 0.0) * shift);
+    if (!(values <= Distribution::kMostValues))
+        throw std::length_error(shown(count) + " patterns hold about " + shown(values)
+            + " numbers; the most are " + shown(Distribution::kMostValues));
+}
+
+} // namespace
+
+AveragineIsotopeDistribution::Parameters
+AveragineIsotopeDistribution::Parameters::makeDefaultForAccurate()
+{
+    Parameters parameters;
+    parameters.massSpacing = 10.0;
+    parameters.interTrim = 1e-8;
+    parameters.finalTrim = 1e-7;
+    return parameters;
+}
+
+AveragineIsotopeDistribution::Parameters
+AveragineIsotopeDistribution::Parameters::makeDefaultForQuorlmapFeatureFinder()
+{
+    return {};
+}
+
+QString AveragineIsotopeDistribution::Parameters::toStringDevFriendly() const
+{
+    return u"massspacing_%1__avgDist_%2__interTrim_%3__finalTrim_%4"_s.arg(massSpacing)
+        .arg(avgDistCount)
+        .arg(interTrim)
+        .arg(finalTrim);
+}
+
+AveragineIsotopeDistribution::AveragineIsotopeDistribution()
+    : AveragineIsotopeDistribution(Parameters::makeDefaultForQuorlmapFeatureFinder())
+{
+}
+
+AveragineIsotopeDistribution::AveragineIsotopeDistribution(const Parameters &parameters)
+    : m_parameters(parameters)
+{
+    IsotopeWorkspace workspace(IsotopeWorkspace::RatiosSet0);
+    construstAveragineIsotopes(workspace);
+}
+
+void AveragineIsotopeDistribution::construstAveragineIsotopes(IsotopeWorkspace &workspace)
+{
+    requireFeasible(m_parameters, workspace);
+    if (m_parameters.avgDistCount > 0.0)
+        m_averagTable.reserve(static_cast<std::size_t>(m_parameters.avgDistCount));
+    std::vector<detail::AtomShares> shares(
+        workspace.isotopeAbundances.begin(), workspace.isotopeAbundances.end());
+    detail::GrowingPattern running({1.0});
+    AtomTargets targets(m_parameters.massSpacing, workspace);
+    for (int i = 0; i < m_parameters.avgDistCount; ++i) {
+        const auto &added = targets.added(i);
+        for (std::size_t element = 0; element < kElementCount; ++element) {
+            if (added[element] > 0)
+                running.addAtoms(
+                    added[element], workspace.isotopeAbundances[element], m_parameters.interTrim);
+        }
+        m_averagTable.push_back(running.trimmed(m_parameters.finalTrim));
+    }
+    m_lastIndex = static_cast<int>(m_averagTable.size()) - 1;
+}
+
+int AveragineIsotopeDistribution::isotopeIntensityFractionsIndexRound(double mass) const
+{
+    if (m_lastIndex < 0)
+        return -1;
+    const double position = mass / m_parameters.massSpacing;
+    if (!(position > 0.0)) // below the grid, or NaN
+        return 0;
+    return static_cast<int>(std::min(position + 0.5, double(m_lastIndex)));
+}
+
+const std::vector<double> &AveragineIsotopeDistribution::isotopeIntensityFractions(
+    double mass) const
+{
+    static const std::vector<double> kEmpty;
+    const int index = isotopeIntensityFractionsIndexRound(mass);
+    if (index < 0) {
+        qDebug("m_averagTable size is <= 0");
+        return kEmpty;
+    }
+    return m_averagTable[static_cast<std::size_t>(index)];
+}
+
+QList<QString> AveragineIsotopeDistribution::csvHeader() const
+{
+    QList<QString> fields{u"MassDalton"_s};
+    const std::size_t peaks = m_averagTable.empty() ? 0 : m_averagTable.back().size();
+    for (std::size_t peak = 0; peak < peaks; ++peak)
+        fields.append(u"iso%1"_s.arg(peak));
+    return fields;
+}
+
+QList<QString> AveragineIsotopeDistribution::csvRow(int pattern) const
+{
+    QList<QString> fields{QString::number(pattern * m_parameters.massSpacing, 'g', 6)};
+    for (const double share : m_averagTable[static_cast<std::size_t>(pattern)])
+        fields.append(QString::number(share, 'g', 12));
+    return fields;
+}
+
+void AveragineIsotopeDistribution::saveToFile(const QString &path) const
+{
+    CsvWriter writer(path, u"\r\n"_s, u',');
+    if (!writer.open() || m_averagTable.empty())
+        return;
+    // Deliberate: a row that cannot be written is passed over without a word.
+    writer.writeRow(csvHeader());
+    for (int pattern = 0; pattern <= m_lastIndex; ++pattern)
+        writer.writeRow(csvRow(pattern));
+}
+
+} // namespace vex

@@ -1,0 +1,5 @@
+#pragma once
+
+// What the sources use of the companion libraries, errors and results aside.
+#include <vex_common_core_mini/Convolution.h>
+#include <vex_common_core_mini/CsvWriter.h>
