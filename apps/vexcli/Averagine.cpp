@@ -163,7 +163,7 @@ vex::Result<Averagine> averagineFrom(const CommandLine &commandLine)
     if (std::any_of(counts.value().cbegin(), counts.value().cend(),
             [](double count) { return !(count >= 0.0); }))
         return failure(u"the composition %1 holds a negative count"_s.arg(name));
-    Averagine averagine{name, {}};
+    Averagine averagine{name, formula, {}};
     std::ignore = averagine.model.init(formula); // never an error
     const double merMass = averagine.model.merMass();
     if (!(merMass > 0.0) || !std::isfinite(merMass))

@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <vex/AveragineIsotopeModel.h>
+#include <vex/MolecularFormula.h>
 #include <vex/Result.h>
 
 namespace vexcli {
@@ -13,6 +14,7 @@ class CommandLine;
 struct Averagine
 {
     QString name;
+    vex::MolecularFormula formula;
     vex::AveragineIsotopeModel model;
 };
 

@@ -105,6 +105,11 @@ void CommandLine::addOption(
     m_parser.addOption({names, description, valueName});
 }
 
+void CommandLine::addFlag(const QString &name, const QString &description)
+{
+    m_parser.addOption({name, description});
+}
+
 vex::Error CommandLine::parse(const QStringList &arguments)
 {
     if (!m_parser.parse(QStringList{u"vex "_s + m_command} + arguments)) {
@@ -145,6 +150,21 @@ vex::Result<double> nonNegativeNumber(const QString &text, const QString &what)
         return usageFailure(u"%1 '%2' is not finite"_s.arg(what, text));
     if (value < 0.0)
         return usageFailure(u"%1 '%2' is negative"_s.arg(what, text));
+    return value;
+}
+
+vex::Result<double> wholeNumber(const QString &text, const QString &what, double least, double most)
+{
+    auto number = nonNegativeNumber(text, what);
+    if (number.hasError())
+        return passedOn(std::move(number).error());
+    const double value = number.value();
+    if (value != std::floor(value) || value < least)
+        return usageFailure(
+            u"%1 '%2' is not a whole number of at least %3"_s.arg(what, text).arg(least));
+    if (value > most)
+        return usageFailure(
+            u"%1 '%2' is above %3"_s.arg(what, text, QString::number(most, 'f', 0)));
     return value;
 }
 

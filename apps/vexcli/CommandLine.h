@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <limits>
+
 #include <vex/Error.h>
 #include <vex/Result.h>
 
@@ -21,6 +23,8 @@ public:
     void addPositional(const QString &name, const QString &description, const QString &syntax);
     /// An option with a value; may be given more than once where the command says so.
     void addOption(const QStringList &names, const QString &description, const QString &valueName);
+    /// An option without a value.
+    void addFlag(const QString &name, const QString &description);
 
     /// Reads the arguments behind the command's name and sets logging up.
     vex::Error parse(const QStringList &arguments);
@@ -44,6 +48,10 @@ private:
 
 /// @p text as a finite number that is not negative; @p what names it in the error.
 vex::Result<double> nonNegativeNumber(const QString &text, const QString &what);
+
+/// @p text as a whole number between @p least and @p most; @p what names it in the error.
+vex::Result<double> wholeNumber(const QString &text, const QString &what, double least,
+    double most = std::numeric_limits<double>::infinity());
 
 /// Writes messages of at least the severity to standard error, and to the log file if there is one.
 vex::Error setUpLogging(const QString &logFile, const QString &severity);

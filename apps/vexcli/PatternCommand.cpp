@@ -1,11 +1,11 @@
 #include "Commands.h"
 
-#include "Averagine.h"
 #include "CommandLine.h"
 #include "Failure.h"
 #include "Fasta.h"
 #include "NumberFile.h"
 #include "Output.h"
+#include "PatternModel.h"
 #include "Plot.h"
 #include "Progress.h"
 #include "Table.h"
@@ -21,7 +21,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <numeric>
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -30,7 +29,6 @@ namespace vexcli {
 
 namespace {
 
-constexpr double kGoodCoverage = 0.99; // below, the program warns
 constexpr auto kNamePlaceholder = "{name}"_L1;
 constexpr qsizetype kMostPlotted = 12; // patterns in one plot that a reader can still tell apart
 
@@ -42,12 +40,9 @@ struct Molecule
     std::optional<Protein> protein;
 };
 
-struct Pattern
+struct Pattern : Prediction
 {
     const Molecule *molecule = nullptr;
-    QList<double> shares;
-    int best = -1;
-    double coverage = 0.0;
 };
 
 vex::Result<QList<Molecule>> moleculesFrom(const CommandLine &commandLine)
@@ -76,19 +71,34 @@ vex::Result<QList<Molecule>> moleculesFrom(const CommandLine &commandLine)
     return molecules;
 }
 
-QString deviation(double mass, double published)
+/// Name and mass.
+QString labelOf(const Molecule &molecule)
 {
-    const QString ppm = QString::asprintf("%+.2f", (mass - published) / published * 1e6);
-    return u"published %1, %2 ppm"_s.arg(
-        fixedNumber(published, 4), ppm == "-0.00"_L1 ? u"+0.00"_s : ppm);
+    if (!molecule.protein)
+        return molecule.name;
+    return u"%1, %2 Da"_s.arg(molecule.name, fixedNumber(molecule.mass, 1));
+}
+
+/// @p mass, and how far it is from what was published, if anything.
+QString massText(double mass, std::optional<double> published)
+{
+    QString text = fixedNumber(mass, 4) + " Da"_L1;
+    if (!published)
+        return text;
+    const QString ppm = QString::asprintf("%+.2f", (mass - *published) / *published * 1e6);
+    return text
+        + u"  (published %1, %2 ppm)"_s.arg(
+            fixedNumber(*published, 4), ppm == "-0.00"_L1 ? u"+0.00"_s : ppm);
 }
 
 /// How the patterns of one run are shown.
 class Report
 {
 public:
-    Report(double minimalShare, QHash<QString, PublishedMasses> published)
-        : m_minimalShare(minimalShare)
+    Report(std::shared_ptr<PatternModel> model, double minimalShare,
+        QHash<QString, PublishedMasses> published)
+        : m_model(std::move(model))
+        , m_minimalShare(minimalShare)
         , m_published(std::move(published))
     {
     }
@@ -102,31 +112,18 @@ public:
             const double mono = vex::MolecularMass::monoisotopic(formula);
             const auto published = m_published.constFind(molecule.name);
             const bool isKnown = published != m_published.constEnd();
-            text += u"  sequence             %1 residues, %2\n"_s.arg(
-                QString::number(molecule.protein->length), formulaText(*molecule.protein));
-            text += u"  average mass         %1 Da%2\n"_s.arg(fixedNumber(molecule.mass, 4),
-                isKnown ? u"  (%1)"_s.arg(deviation(molecule.mass, published->average))
-                        : QString());
-            text += u"  monoisotopic mass    %1 Da%2\n"_s.arg(fixedNumber(mono, 4),
-                isKnown ? u"  (%1)"_s.arg(deviation(mono, published->monoisotopic)) : QString());
+            text += reportLine(u"sequence"_s,
+                u"%1 residues, %2"_s.arg(
+                    QString::number(molecule.protein->length), formulaText(*molecule.protein)));
+            text += reportLine(u"average mass"_s,
+                massText(molecule.mass, isKnown ? published->average : std::optional<double>()));
+            text += reportLine(u"monoisotopic mass"_s,
+                massText(mono, isKnown ? published->monoisotopic : std::optional<double>()));
         }
-        text += pattern.best < 0
-            ? u"  most intense peak    none within the 100 peaks\n"_s
-            : u"  most intense peak    %1 Da above the monoisotopic one, %2 % of the signal\n"_s
-                  .arg(QString::number(pattern.best),
-                      fixedNumber(100.0 * pattern.shares[pattern.best], 2));
-        text += u"  100 peaks hold       %1 % of the signal\n"_s.arg(
-            fixedNumber(100.0 * pattern.coverage, 2));
-        Table peaks({u"shift/Da"_s, u"share/%"_s, u"of highest/%"_s, QString()});
-        for (int i = 0; i < pattern.shares.size(); ++i) {
-            const double share = pattern.shares[i];
-            if (pattern.best < 0 || share < m_minimalShare)
-                continue;
-            const double relative = share / pattern.shares[pattern.best];
-            peaks.addRow({QString::number(i), fixedNumber(100.0 * share, 3),
-                fixedNumber(100.0 * relative, 1), QString(qRound(relative * 40.0), u'#')});
-        }
-        return text.toUtf8() + (peaks.isEmpty() ? QByteArray() : peaks.toText(2)) + '\n';
+        if (pattern.gridMass)
+            text += reportLine(u"nearest grid point"_s, massNumber(*pattern.gridMass) + " Da"_L1);
+        text += signalLines(pattern);
+        return text.toUtf8() + peakTable(pattern.shares, pattern.best, m_minimalShare) + '\n';
     }
 
     QJsonObject asJson(const Pattern &pattern) const
@@ -137,7 +134,11 @@ public:
             shares.append(share);
         QJsonObject object{{u"name"_s, molecule.name}, {u"averageMass"_s, molecule.mass},
             {u"bestIndex"_s, pattern.best}, {u"coverage"_s, pattern.coverage},
-            {u"intensities"_s, shares}};
+            {u"intensities"_s, shares}, {u"model"_s, m_model->name()}};
+        if (pattern.gridMass)
+            object.insert(u"gridMass"_s, *pattern.gridMass);
+        if (m_model->name() == "list"_L1)
+            object.insert(u"capacity"_s, shares.size());
         if (molecule.protein) {
             object.insert(u"residues"_s, molecule.protein->length);
             object.insert(u"formula"_s, formulaText(*molecule.protein));
@@ -161,6 +162,7 @@ public:
     }
 
 private:
+    std::shared_ptr<PatternModel> m_model;
     double m_minimalShare;
     QHash<QString, PublishedMasses> m_published;
 };
@@ -206,14 +208,14 @@ public:
             {labelOf(*pattern.molecule), pattern.shares});
     }
 
-    vex::Error draw(const QString &averagine)
+    vex::Error draw(const QString &composition)
     {
         for (Plot &plot : m_plots) {
             const PlottedPattern &first = plot.patterns.constFirst();
             const QString title = plot.patterns.size() > 1
-                ? u"Isotope patterns, %1"_s.arg(averagine)
-                : u"Isotope pattern of %1, %2"_s.arg(first.label, averagine);
-            auto picture = drawPatterns(plot.path, title, plot.patterns);
+                ? u"Isotope patterns, %1"_s.arg(composition)
+                : u"Isotope pattern of %1, %2"_s.arg(first.label, composition);
+            auto picture = drawPatterns(plot.path, title, plot.patterns, PlotStyle::Bars);
             if (picture.hasError())
                 return passedOn(std::move(picture).error());
             plot.output->write(picture.value());
@@ -238,13 +240,6 @@ private:
         QList<PlottedPattern> patterns;
     };
 
-    static QString labelOf(const Molecule &molecule)
-    {
-        if (!molecule.protein)
-            return molecule.name;
-        return u"%1, %2 Da"_s.arg(molecule.name, fixedNumber(molecule.mass, 1));
-    }
-
     static QString fileNameFor(const QString &name)
     {
         QString result = name;
@@ -266,8 +261,10 @@ vex::Error runPattern(const QStringList &arguments)
     CommandLine commandLine(u"pattern"_s,
         u"Predicts isotope patterns from average masses, or from the protein sequences of a FASTA "
         "file, whose residues are summed by the library's table. A share is a part of the whole "
-        "signal. The 100 peaks of a pattern end to hold it all above about 100 kDa."_s);
-    addAveragineOptions(&commandLine);
+        "signal. The 100 peaks of the classic model end to hold it all above about 100 kDa; the "
+        "list "
+        "model takes as many as it is told to."_s);
+    addModelOptions(&commandLine);
     commandLine.addOption({u"mass"_s}, u"Average mass in Da; more may follow."_s, u"M"_s);
     commandLine.addPositional(u"M"_s, u"More masses."_s, u"[M...]"_s);
     commandLine.addOption({u"fasta"_s}, u"Protein sequences."_s, u"FILE"_s);
@@ -278,7 +275,7 @@ vex::Error runPattern(const QStringList &arguments)
     commandLine.addOption({u"min-share"_s},
         u"Lowest share of a peak in the table, 0 to 1 (default 0.001)."_s, u"SHARE"_s);
     commandLine.addOption({u"o"_s, u"output"_s},
-        u"Writes all 100 peaks of each pattern to FILE as CSV, besides the table; with --json, the "
+        u"Writes all peaks of each pattern to FILE as CSV, besides the table; with --json, the "
         "JSON goes there instead of to standard output."_s,
         u"FILE"_s);
     commandLine.addOption({u"plot"_s},
@@ -298,9 +295,10 @@ vex::Error runPattern(const QStringList &arguments)
     if (minimalShare.value() > 1.0)
         return usageFailure(u"share '%1' is above 1"_s.arg(commandLine.value(u"min-share"_s)));
 
-    auto averagine = averagineFrom(commandLine);
-    if (averagine.hasError())
-        return passedOn(std::move(averagine).error());
+    auto chosen = PatternModel::fromOptions(commandLine);
+    if (chosen.hasError())
+        return passedOn(std::move(chosen).error());
+    const std::shared_ptr<PatternModel> model = chosen.value();
     auto molecules = moleculesFrom(commandLine);
     if (molecules.hasError())
         return passedOn(std::move(molecules).error());
@@ -338,7 +336,7 @@ vex::Error runPattern(const QStringList &arguments)
     if (auto error = plots.open(commandLine.value(u"plot"_s), molecules.value()); error.hasError())
         return passedOn(std::move(error));
 
-    const Report report(minimalShare.value(), published);
+    const Report report(model, minimalShare.value(), published);
     const bool isJson = commandLine.isSet(u"json"_s);
     Output &main = *shown.value();
     QJsonArray json;
@@ -348,16 +346,11 @@ vex::Error runPattern(const QStringList &arguments)
     for (qsizetype i = 0; i < molecules.value().size(); ++i) {
         Pattern pattern;
         pattern.molecule = &molecules.value()[i];
-        auto best = averagine.value().model.peakIntensityRatiosFromMass(
-            pattern.molecule->mass, &pattern.shares);
-        if (best.hasError())
-            return passedOn(std::move(best).error());
-        pattern.best = best.value();
-        pattern.coverage = std::accumulate(pattern.shares.begin(), pattern.shares.end(), 0.0);
-        if (pattern.coverage < kGoodCoverage)
-            qWarning("%s: the 100 peaks hold only %s %% of the signal",
-                qUtf8Printable(pattern.molecule->name),
-                qUtf8Printable(fixedNumber(100.0 * pattern.coverage, 2)));
+        if (auto error = model->predict(pattern.molecule->mass, &pattern); error.hasError())
+            return passedOn(std::move(error));
+        if (const QString warning = model->warningFor(pattern.molecule->mass, pattern);
+            !warning.isEmpty())
+            qWarning("%s: %s", qUtf8Printable(labelOf(*pattern.molecule)), qUtf8Printable(warning));
         plots.add(pattern, i);
         if (isJson)
             json.append(report.asJson(pattern));
@@ -369,7 +362,7 @@ vex::Error runPattern(const QStringList &arguments)
             return failure(u"interrupted, no file was written"_s);
         progress.update(i);
     }
-    if (auto error = plots.draw(averagine.value().name); error.hasError())
+    if (auto error = plots.draw(model->composition()); error.hasError())
         return passedOn(std::move(error));
     if (isJson)
         (file ? *file : main).write(QJsonDocument(json).toJson());

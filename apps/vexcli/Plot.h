@@ -24,8 +24,13 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool n
 /// Fails when this build cannot draw, or when the ending of @p path is neither .svg nor .png.
 vex::Error checkPlotPath(const QString &path);
 
-/// Draws the patterns as stems over the nominal mass shift, in the format that @p path ends with.
-vex::Result<QByteArray> drawPatterns(
-    const QString &path, const QString &title, const QList<PlottedPattern> &patterns);
+enum class PlotStyle {
+    Bars, ///< side by side: reads well for a few patterns
+    Lines, ///< one over the other, from dark to light: how the shape moves
+};
+
+/// Draws the patterns over the nominal mass shift, in the format that @p path ends with.
+vex::Result<QByteArray> drawPatterns(const QString &path, const QString &title,
+    const QList<PlottedPattern> &patterns, PlotStyle style);
 
 } // namespace vexcli

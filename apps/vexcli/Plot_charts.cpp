@@ -16,6 +16,7 @@
 #include <QValueAxis>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -32,6 +33,8 @@ constexpr double kVisibleShare = 1e-3; // of the highest peak: where the axis en
 // Okabe and Ito's palette: distinct for readers with colour-blindness too
 constexpr QRgb kColours[] = {
     0xff0072b2, 0xffd55e00, 0xff009e73, 0xffcc79a7, 0xffe69f00, 0xff56b4e9};
+// From dark to light, also in print without colours; no lighter than what stands out from white
+constexpr std::array<QRgb, 5> kRamp{0xff2d0b59, 0xff7a1d6d, 0xffbc3754, 0xffed6925, 0xfff9b208};
 
 struct Range
 {
@@ -39,12 +42,18 @@ struct Range
     int last;
 };
 
+double highestShare(const PlottedPattern &pattern)
+{
+    const auto highest = std::max_element(pattern.shares.begin(), pattern.shares.end());
+    return highest == pattern.shares.end() ? 0.0 : *highest;
+}
+
 /// The shifts between which some pattern is high enough to be seen.
 Range visibleShifts(const QList<PlottedPattern> &patterns)
 {
     Range range{std::numeric_limits<int>::max(), 0};
     for (const PlottedPattern &pattern : patterns) {
-        const double highest = *std::max_element(pattern.shares.begin(), pattern.shares.end());
+        const double highest = highestShare(pattern);
         for (int i = 0; i < pattern.shares.size(); ++i) {
             if (pattern.shares[i] > kVisibleShare * highest) {
                 range.first = std::min(range.first, i);
@@ -111,18 +120,42 @@ QAreaSeries *makeBars(const PlottedPattern &pattern, Range shifts, double offset
     return bars;
 }
 
-void fillChart(QChart *chart, const QString &title, const QList<PlottedPattern> &patterns)
+/// The colour of kRamp at @p position, 0 to 1.
+QColor rampColour(double position)
+{
+    const double place = position * (kRamp.size() - 1);
+    const auto index = std::min(static_cast<std::size_t>(place), kRamp.size() - 2);
+    const double weight = place - static_cast<double>(index);
+    const auto mixed = [&](int (*part)(QRgb)) {
+        return qRound((1.0 - weight) * part(kRamp[index]) + weight * part(kRamp[index + 1]));
+    };
+    return {mixed(qRed), mixed(qGreen), mixed(qBlue)};
+}
+
+/// The pattern as one line with a dot for each peak.
+QLineSeries *makeLine(const PlottedPattern &pattern, Range shifts, const QColor &colour)
+{
+    auto *line = new QLineSeries;
+    for (int i = shifts.first; i <= shifts.last && i < pattern.shares.size(); ++i)
+        line->append(i, 100.0 * pattern.shares[i]);
+    line->setPen(QPen(colour, 2.0));
+    line->setPointsVisible(shifts.last - shifts.first < 60);
+    return line;
+}
+
+void fillChart(
+    QChart *chart, const QString &title, const QList<PlottedPattern> &patterns, PlotStyle style)
 {
     const Range shifts = visibleShifts(patterns);
     double highest = 0.0;
     for (const PlottedPattern &pattern : patterns)
-        highest =
-            std::max(highest, *std::max_element(pattern.shares.begin(), pattern.shares.end()));
+        highest = std::max(highest, highestShare(pattern));
     const double top = highest > 0.0 ? 105.0 * highest : 1.0;
 
+    const double margin = style == PlotStyle::Lines ? 0.5 : 1.0;
     const double width = shifts.last - shifts.first + 2;
-    auto *xAxis = makeAxis(u"nominal mass above the monoisotopic peak / Da"_s, shifts.first - 1.0,
-        shifts.last + 1.0, std::max(1.0, niceStep(width, 12)), u"%.0f"_s);
+    auto *xAxis = makeAxis(u"nominal mass above the monoisotopic peak / Da"_s,
+        shifts.first - margin, shifts.last + margin, std::max(1.0, niceStep(width, 12)), u"%.0f"_s);
     const double step = niceStep(top, 6);
     auto *yAxis = makeAxis(u"share of the whole signal / %"_s, 0.0, top, step,
         step < 0.1       ? u"%.2f"_s
@@ -134,13 +167,20 @@ void fillChart(QChart *chart, const QString &title, const QList<PlottedPattern> 
     const auto count = static_cast<double>(patterns.size());
     const double slot = (patterns.size() > 1 ? 0.85 : 0.35) / count; // of a shift, for one bar
     for (qsizetype i = 0; i < patterns.size(); ++i) {
-        const double offset = (static_cast<double>(i) - (count - 1.0) / 2.0) * slot;
-        QAreaSeries *bars = makeBars(patterns[i], shifts, offset, slot);
-        bars->setBrush(QColor(kColours[static_cast<std::size_t>(i) % std::size(kColours)]));
-        bars->setName(patterns[i].label);
-        chart->addSeries(bars);
-        bars->attachAxis(xAxis);
-        bars->attachAxis(yAxis);
+        QAbstractSeries *series = nullptr;
+        if (style == PlotStyle::Lines) {
+            series = makeLine(patterns[i], shifts,
+                rampColour(static_cast<double>(i) / std::max(1.0, count - 1.0)));
+        } else {
+            const double offset = (static_cast<double>(i) - (count - 1.0) / 2.0) * slot;
+            QAreaSeries *bars = makeBars(patterns[i], shifts, offset, slot);
+            bars->setBrush(QColor(kColours[static_cast<std::size_t>(i) % std::size(kColours)]));
+            series = bars;
+        }
+        series->setName(patterns[i].label);
+        chart->addSeries(series);
+        series->attachAxis(xAxis);
+        series->attachAxis(yAxis);
     }
 
     chart->setTitle(title);
@@ -151,7 +191,7 @@ void fillChart(QChart *chart, const QString &title, const QList<PlottedPattern> 
     chart->legend()->setVisible(patterns.size() > 1);
     chart->legend()->setFont(font(13.0));
     chart->legend()->setLabelColor(Qt::black);
-    chart->legend()->setAlignment(Qt::AlignTop);
+    chart->legend()->setAlignment(style == PlotStyle::Lines ? Qt::AlignRight : Qt::AlignTop);
     chart->layout()->setContentsMargins(0.0, 0.0, 0.0, 0.0);
     chart->resize(kSize);
 }
@@ -182,13 +222,13 @@ vex::Error checkPlotPath(const QString &path)
     return usageFailure(u"the plot '%1' must end in .svg or .png"_s.arg(path));
 }
 
-vex::Result<QByteArray> drawPatterns(
-    const QString &path, const QString &title, const QList<PlottedPattern> &patterns)
+vex::Result<QByteArray> drawPatterns(const QString &path, const QString &title,
+    const QList<PlottedPattern> &patterns, PlotStyle style)
 {
     QGraphicsScene scene;
     auto *chart = new QChart; // owned by the scene
     scene.addItem(chart);
-    fillChart(chart, title, patterns);
+    fillChart(chart, title, patterns, style);
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
     const QRectF area(QPointF(0.0, 0.0), kSize);

@@ -17,7 +17,7 @@ vex::Error checkPlotPath(const QString &)
 }
 
 vex::Result<QByteArray> drawPatterns(
-    const QString &path, const QString &, const QList<PlottedPattern> &)
+    const QString &path, const QString &, const QList<PlottedPattern> &, PlotStyle)
 {
     return passedOn(checkPlotPath(path));
 }

@@ -49,9 +49,41 @@ QByteArray Table::toText(int indent) const
     return text.toUtf8();
 }
 
+QByteArray peakTable(const QList<double> &shares, int best, double minimalShare)
+{
+    Table peaks({u"shift/Da"_s, u"share/%"_s, u"of highest/%"_s, QString()});
+    for (int i = 0; i < shares.size(); ++i) {
+        const double share = shares[i];
+        if (best < 0 || share < minimalShare)
+            continue;
+        const double relative = share / shares[best];
+        peaks.addRow({QString::number(i), fixedNumber(100.0 * share, 3),
+            fixedNumber(100.0 * relative, 1), QString(qRound(relative * 40.0), u'#')});
+    }
+    return peaks.isEmpty() ? QByteArray() : peaks.toText(2);
+}
+
+QString reportLine(const QString &what, const QString &value)
+{
+    constexpr qsizetype kColumn = 20;
+    return "  "_L1 + what.leftJustified(kColumn) + u' ' + value + u'\n';
+}
+
 QString fixedNumber(double value, int decimals)
 {
     return QString::number(value, 'f', decimals);
+}
+
+QString massNumber(double mass)
+{
+    // Between these the digits can still be counted.
+    const bool isShort = mass == 0.0 || (mass > 1e-6 && mass < 1e12);
+    return isShort ? QString::number(mass, 'f', QLocale::FloatingPointShortest) : exactNumber(mass);
+}
+
+QString peakCount(qsizetype count)
+{
+    return count == 1 ? u"1 peak"_s : u"%1 peaks"_s.arg(count);
 }
 
 QString exactNumber(double value)

@@ -27,8 +27,22 @@ private:
     QList<QStringList> m_rows; // the titles first
 };
 
+/// The peaks of a pattern that reach @p minimalShare, with bars; empty when there are none.
+/// @param shares  of the whole signal, by nominal mass shift
+/// @param best    index of the highest one; -1 when all are 0
+QByteArray peakTable(const QList<double> &shares, int best, double minimalShare);
+
+/// A line of a report on one molecule: what it tells, and the value in a column of its own.
+QString reportLine(const QString &what, const QString &value);
+
 /// @p value with @p decimals digits behind the point.
 QString fixedNumber(double value, int decimals);
+
+/// A mass: as exact, and without an exponent as long as that reads better.
+QString massNumber(double mass);
+
+/// "1 peak", "2 peaks"
+QString peakCount(qsizetype count);
 
 /// The shortest text that reads back as exactly @p value.
 QString exactNumber(double value);

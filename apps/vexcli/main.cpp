@@ -31,6 +31,8 @@ struct Command
 };
 
 constexpr std::array kCommands{
+    Command{"distribution"_L1, "the precomputed table of isotope patterns over mass",
+        vexcli::runDistribution},
     Command{"formula"_L1, "how formula texts are read, and what the reading leaves out",
         vexcli::runFormula},
     Command{"mass"_L1, "average to monoisotopic mass and back", vexcli::runMass},
@@ -43,7 +45,7 @@ void printHelp()
               "Isotope patterns and masses of molecules of an average composition.\n\n"
               "Commands:");
     for (const Command &command : kCommands)
-        std::printf("  %-10s %s\n", command.name.data(), command.summary);
+        std::printf("  %-13s %s\n", command.name.data(), command.summary);
     std::puts("\nvex COMMAND --help tells more, vex --version the version.\n"
               "Exit codes: 0 done, 1 the operation failed, 2 wrong usage.");
 }

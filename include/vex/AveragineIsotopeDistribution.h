@@ -78,13 +78,13 @@ public:
     /// between the grid points around it.
     double isotopeFractionInterpolated(double mass, int isotopeIndex) const
     {
-        if (isotopeIndex < 0 || !(mass >= 0.0))
+        if (!(mass >= 0.0))
             return 0.0;
         double fraction = 0.0;
         const int index = isotopeIntensityFractionsIndexFloor(mass, &fraction);
-        if (index < 0 || index >= m_lastIndex)
+        if (static_cast<unsigned>(index) >= static_cast<unsigned>(m_lastIndex)) // also for -1
             return 0.0;
-        const auto isotope = static_cast<std::size_t>(isotopeIndex);
+        const auto isotope = static_cast<std::size_t>(isotopeIndex); // below 0: behind every end
         const std::vector<double> *pattern = m_averagTable.data() + index;
         // Pointers are chosen without a jump, which no processor could foresee.
         static constexpr double kNone = 0.0;
@@ -118,18 +118,13 @@ private:
     void construstAveragineIsotopes(IsotopeWorkspace &workspace);
     int isotopeIntensityFractionsIndexRound(double mass) const;
 
-    /// The grid point at or below @p mass and how far @p mass lies behind it, in spacings; -1 for
-    /// an empty table.
+    /// The grid point at or below @p mass, which is not negative, and how far @p mass lies behind
+    /// it, in spacings; the last one for all masses from there on; -1 for an empty table.
     int isotopeIntensityFractionsIndexFloor(double mass, double *fraction) const
     {
-        if (m_lastIndex < 0)
-            return -1;
-        *fraction = 0.0;
-        const double position = mass / m_parameters.massSpacing;
-        if (!(position < m_lastIndex))
+        const double position = mass / m_floorSpacing;
+        if (!(position < m_lastPosition))
             return m_lastIndex;
-        if (!(position > 0.0))
-            return 0;
         const int index = static_cast<int>(position);
         *fraction = position - index;
         return index;
@@ -138,6 +133,10 @@ private:
     std::vector<std::vector<double>> m_averagTable;
     Parameters m_parameters;
     int m_lastIndex = -1; // of m_averagTable
+    // For the look-up between grid points: m_lastIndex when that is above 0, and the spacing, or
+    // infinity for a negative one, which puts every mass at the first grid point.
+    double m_lastPosition = -1.0;
+    double m_floorSpacing = 0.0;
 };
 
 } // namespace vex

@@ -18,7 +18,7 @@ namespace vex {
 ///
 /// - the number of peaks, the capacity, is the caller's choice,
 /// - nothing is cut but what lies beyond the capacity: the peaks equal those of an exact
-///   convolution within 1e-12,
+///   convolution of average atoms within 1e-12,
 /// - the elements may be the caller's, with any number of isotopes.
 ///
 /// The composition is scaled to one atom, the "unit" (the mer of the other model). Patterns of 1 to

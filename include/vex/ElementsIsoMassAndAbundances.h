@@ -19,7 +19,7 @@ public:
     struct Isotope
     {
         double mass = 0.0; ///< daltons
-        double abundance = 0.0; ///< a fraction, not a percentage
+        double abundance = 0.0; ///< a fraction; what reads the table may take other scales too
     };
 
     /// One element.

@@ -21,20 +21,6 @@ namespace vex {
 namespace {
 
 constexpr std::size_t kElementCount = 5;
-constexpr qint64 kMostAtoms = std::numeric_limits<int>::max(); // added in one step
-
-/// Rounds half away from zero; the largest integers stand for what is beyond them, 0 for NaN.
-qint32 rounded(double value)
-{
-    if (value > 0.0 && value < std::numeric_limits<qint32>::max() - 1) // the usual case
-        return static_cast<qint32>(value + 0.5);
-    const double shifted = value > 0.0 ? value + 0.5 : value - 0.5;
-    if (!(shifted > std::numeric_limits<qint32>::min()))
-        return std::isnan(shifted) ? 0 : std::numeric_limits<qint32>::min();
-    if (!(shifted < std::numeric_limits<qint32>::max()))
-        return std::numeric_limits<qint32>::max();
-    return static_cast<qint32>(shifted);
-}
 
 /// How many atoms each grid point adds to those of the one before.
 class AtomTargets
@@ -43,7 +29,9 @@ public:
     using Counts = std::array<int, kElementCount>; // C, H, N, O, S
 
     AtomTargets(double spacing, const IsotopeWorkspace &workspace)
-        : m_spacing(spacing)
+        // No other spacing that is let through adds atoms: negative, NaN, or of a single point.
+        : m_spacing(
+            spacing > 0.0 && spacing <= AveragineIsotopeDistribution::kLargestMass ? spacing : 0.0)
         , m_atomMass(workspace.averageAtomMass)
     {
         std::copy_n(workspace.atomFractions.begin(), kElementCount, m_fractions.begin());
@@ -65,19 +53,17 @@ private:
     void workAhead(int first)
     {
         // From the mass each time, so that errors of rounding do not add up.
-        std::array<std::array<double, kPadded>, kAhead> atoms;
+        std::array<std::array<int, kPadded>, kAhead> targets;
         for (int i = 0; i < kAhead; ++i) {
-            for (std::size_t element = 0; element < kPadded; ++element)
-                atoms[std::size_t(i)][element] =
-                    (first + i) * m_spacing * m_fractions[element] / m_atomMass;
+            for (std::size_t element = 0; element < kPadded; ++element) {
+                const double atoms = (first + i) * m_spacing * m_fractions[element] / m_atomMass;
+                targets[std::size_t(i)][element] = static_cast<int>(atoms + 0.5);
+            }
         }
         for (std::size_t i = 0; i < kAhead; ++i) {
-            for (std::size_t element = 0; element < kElementCount; ++element) {
-                const qint32 target = rounded(atoms[i][element]);
-                m_added[i][element] = static_cast<int>(
-                    std::clamp<qint64>(qint64(target) - m_before[element], 0, kMostAtoms));
-                m_before[element] = target;
-            }
+            for (std::size_t element = 0; element < kElementCount; ++element)
+                m_added[i][element] = targets[i][element] - m_before[element];
+            std::copy_n(targets[i].begin(), kElementCount, m_before.begin());
         }
     }
 
@@ -177,6 +163,9 @@ void AveragineIsotopeDistribution::construstAveragineIsotopes(IsotopeWorkspace &
         m_averagTable.push_back(running.trimmed(m_parameters.finalTrim));
     }
     m_lastIndex = static_cast<int>(m_averagTable.size()) - 1;
+    m_lastPosition = m_lastIndex > 0 ? m_lastIndex : -1.0;
+    m_floorSpacing = m_parameters.massSpacing < 0.0 ? std::numeric_limits<double>::infinity()
+                                                    : m_parameters.massSpacing;
 }
 
 int AveragineIsotopeDistribution::isotopeIntensityFractionsIndexRound(double mass) const

@@ -1,3 +1,4 @@
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
@@ -154,6 +155,17 @@ output onto the input | 2 | pattern --fasta in -o ./in | >a\nACD\n | ./in would 
 two outputs in one file | 2 | pattern --mass 1 -o a.svg --plot ./a.svg | | ./a.svg would overwrite a.svg
 output in a missing folder | 1 | pattern --mass 1 -o no/out.csv | | cannot write no/out.csv
 share above 1 | 2 | pattern --mass 1 --min-share 5 | | above 1
+unknown model | 2 | pattern --mass 1 --model fine | | 'fine' is none of
+capacity of the classic model | 2 | pattern --mass 1 --capacity 9 | | goes with --model list
+capacity below one atom | 2 | pattern --mass 1 --model list --capacity 2 | | at least 3
+capacity without end | 2 | pattern --mass 1 --model list --capacity 1e9 | | '1e9' is above
+composition of the grid | 2 | pattern --mass 1 --model grid --formula C1 | | --formula does not go
+table without patterns | 2 | distribution --count 0 -o out.csv | | '0' is not a whole number of at least 1
+patterns in one place | 2 | distribution --spacing 0 | | '0' is not above 0
+trim of everything | 2 | distribution --final-trim 1 | | cuts every pattern away
+table without end | 1 | distribution --count 1e9 -o out.csv | | largest mass
+peak of no mass | 2 | distribution --peak 1 | | goes with --mass
+two outputs on standard output | 2 | distribution --mass 1 -o - | | cannot hold both
 )")
                                .trimmed();
         for (const QString &line : table.split(u'\n')) {
@@ -324,6 +336,7 @@ share above 1 | 2 | pattern --mass 1 --min-share 5 | | above 1
         QCOMPARE(outcome.exitCode, 0);
         // 73 % of the signal at 150 kDa: said, not hidden
         QVERIFY(outcome.errors.contains("150000 Da: the 100 peaks hold only"_L1));
+        QVERIFY(outcome.errors.contains("--model list --capacity 200 holds 100.00 %"_L1));
         const QList<QByteArray> lines = read(u"out.csv"_s).trimmed().split('\n');
         QCOMPARE(lines.size(), 201);
         const double sum = std::accumulate(
@@ -337,6 +350,33 @@ share above 1 | 2 | pattern --mass 1 --min-share 5 | | above 1
         QVERIFY(read(u"plot 150000_Da.svg"_s).contains("share of the whole signal"));
         QCOMPARE(vex({u"pattern"_s, u"--mass"_s, u"1000"_s, u"--plot"_s, u"p.png"_s}).exitCode, 0);
         QVERIFY(read(u"p.png"_s).startsWith("\x89PNG"));
+    }
+
+    void tablesHaveTheSameBytesOnEveryPlatform()
+    {
+        const QStringList usual{u"distribution"_s, u"-o"_s, u"out.csv"_s};
+        for (const auto &[options, hash] :
+            {std::pair(usual, "f34cda0fcc4637338174381a3634a766d0b54fb0d21b97a5973a07857f316bdb"),
+                std::pair(usual + QStringList{u"--accurate"_s},
+                    "3abcc8cdf9200e290e1c37edd145e5394402f51d904e8cdd3a4721d4a9303889")}) {
+            QCOMPARE(vex(options).exitCode, 0);
+            const QByteArray table = read(u"out.csv"_s);
+            QCOMPARE(QCryptographicHash::hash(table, QCryptographicHash::Sha256).toHex(), hash);
+        }
+    }
+
+    void modelsAgreeWhereTheyCan()
+    {
+        const auto pattern = [this](const QString &options) {
+            const QString command = u"pattern --json --mass "_s + options;
+            return jsonArray(vex(command.split(u' '))).first().toObject();
+        };
+        const int best = pattern(u"50000"_s)["bestIndex"_L1].toInt();
+        QCOMPARE(best, 31); // the mean of the isotopes' shifts is 31.1 Da
+        QCOMPARE(pattern(u"50000 --model list"_s)["bestIndex"_L1].toInt(), best);
+        QCOMPARE(pattern(u"50030 --model grid"_s)["gridMass"_L1].toDouble(), 50000.0);
+        QVERIFY(
+            pattern(u"150000 --model list --capacity 400"_s)["coverage"_L1].toDouble() > 0.9999);
     }
 
 #if defined(Q_OS_UNIX)
@@ -398,6 +438,10 @@ share above 1 | 2 | pattern --mass 1 --min-share 5 | | above 1
         QCOMPARE(vex(base).exitCode, 0);
         QVERIFY(read(u"log.txt"_s).contains("warning: 160000 Da"));
         QCOMPARE(vex(base + QStringList{u"--log-severity"_s, u"critical"_s}).errors, QString());
+        // one line, however often the library warns
+        const Outcome emptied = vex({u"distribution"_s, u"--inter-trim"_s, u"0.9"_s});
+        QVERIFY(emptied.errors.contains("998 of 1000 patterns are cut to nothing"_L1));
+        QCOMPARE(emptied.errors.count(u'\n'), 1);
     }
 };
 

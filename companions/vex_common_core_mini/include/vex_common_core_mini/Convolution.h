@@ -4,6 +4,7 @@
 
 #include <vex_common_core_mini/Export.h>
 
+/// Numeric helpers of the suite.
 namespace vex::core {
 
 /// Writes the full linear convolution of @p a and @p b to @p out.

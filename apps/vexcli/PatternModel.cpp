@@ -1,0 +1,177 @@
+#include "PatternModel.h"
+
+#include "CommandLine.h"
+#include "Failure.h"
+#include "Table.h"
+
+#include <algorithm>
+#include <array>
+#include <numeric>
+
+using namespace Qt::StringLiterals;
+
+namespace vexcli {
+
+namespace {
+
+constexpr double kGoodCoverage = 0.99; // below, the program warns
+constexpr double kFullCoverage = 0.999; // of a model that is recommended
+constexpr int kDefaultCapacity = 100;
+constexpr int kLeastCapacity = 3; // peaks of one averagine atom
+constexpr int kMostCapacity = 20000; // 20 MDa; more would make a single mass take seconds
+constexpr std::array kAdvisedCapacities{100, 200, 400, 800, 1600, 3200, 6400, 12800};
+
+void complete(Prediction *prediction)
+{
+    const QList<double> &shares = prediction->shares;
+    prediction->coverage = std::accumulate(shares.begin(), shares.end(), 0.0);
+}
+
+} // namespace
+
+QString signalLines(const Prediction &prediction)
+{
+    const QString peaks = peakCount(prediction.shares.size());
+    const QString best = prediction.best < 0
+        ? u"none within the %1"_s.arg(peaks)
+        : u"%1 Da above the monoisotopic one, %2 % of the signal"_s.arg(
+            QString::number(prediction.best),
+            fixedNumber(100.0 * prediction.shares[prediction.best], 2));
+    return reportLine(u"most intense peak"_s, best)
+        + reportLine(peaks + (prediction.shares.size() == 1 ? " holds"_L1 : " hold"_L1),
+            u"%1 % of the signal"_s.arg(fixedNumber(100.0 * prediction.coverage, 2)));
+}
+
+Grid::Grid(const vex::AveragineIsotopeDistribution &table)
+    : m_spacing(table.parameters().massSpacing)
+    , m_lastPoint(table.patternCount() - 1)
+{
+}
+
+int Grid::nearestPoint(double mass) const
+{
+    return static_cast<int>(std::clamp(mass / m_spacing + 0.5, 0.0, double(m_lastPoint)));
+}
+
+Prediction nearestPattern(const vex::AveragineIsotopeDistribution &table, double mass)
+{
+    const std::vector<double> &shares = table.isotopeIntensityFractions(mass);
+    Prediction prediction;
+    prediction.shares = QList<double>(shares.begin(), shares.end());
+    const auto best = std::max_element(shares.begin(), shares.end());
+    prediction.best = shares.empty() ? -1 : static_cast<int>(best - shares.begin());
+    const Grid grid(table);
+    prediction.gridMass = grid.massOf(grid.nearestPoint(mass));
+    complete(&prediction);
+    return prediction;
+}
+
+void addModelOptions(CommandLine *commandLine)
+{
+    addAveragineOptions(commandLine);
+    commandLine->addOption({u"model"_s},
+        u"classic (default): 100 peaks from any composition. list: as many peaks as --capacity "
+        "says, nothing else cut. grid: nearest pattern of the precomputed table, every 100 Da up "
+        "to 99900 Da, which has a composition of its own (see vex distribution --help)."_s,
+        u"classic|list|grid"_s);
+    commandLine->addOption({u"capacity"_s},
+        u"Number of peaks of --model list, %1 to %2 (default %3)."_s.arg(kLeastCapacity)
+            .arg(kMostCapacity)
+            .arg(kDefaultCapacity),
+        u"N"_s);
+}
+
+vex::Result<std::shared_ptr<PatternModel>> PatternModel::fromOptions(const CommandLine &commandLine)
+{
+    const QString name =
+        commandLine.isSet(u"model"_s) ? commandLine.value(u"model"_s) : u"classic"_s;
+    if (name != "classic"_L1 && name != "list"_L1 && name != "grid"_L1)
+        return usageFailure(u"--model '%1' is none of classic, list, grid"_s.arg(name));
+    double capacity = kDefaultCapacity;
+    if (commandLine.isSet(u"capacity"_s)) {
+        if (name != "list"_L1)
+            return usageFailure(u"--capacity goes with --model list"_s);
+        auto number = wholeNumber(
+            commandLine.value(u"capacity"_s), u"capacity"_s, kLeastCapacity, kMostCapacity);
+        if (number.hasError())
+            return passedOn(std::move(number).error());
+        capacity = number.value();
+    }
+    for (const QString &option : {u"formula"_s, u"averagine"_s}) {
+        if (name == "grid"_L1 && commandLine.isSet(option))
+            return usageFailure(
+                u"--%1 does not go with --model grid, whose composition is fixed"_s.arg(option));
+    }
+
+    auto averagine = averagineFrom(commandLine);
+    if (averagine.hasError())
+        return passedOn(std::move(averagine).error());
+    auto model = std::make_shared<PatternModel>();
+    model->m_averagine = averagine.value();
+    if (name == "list"_L1) {
+        model->m_list =
+            std::make_shared<vex::AveragineIsotopeModelRefactored>(static_cast<int>(capacity));
+        if (auto error = model->m_list->init(averagine.value().formula); error.hasError())
+            return passedOn(std::move(error));
+    } else if (name == "grid"_L1) {
+        model->m_grid = std::make_shared<vex::AveragineIsotopeDistribution>();
+    }
+    return model;
+}
+
+QString PatternModel::name() const
+{
+    return m_list ? u"list"_s : m_grid ? u"grid"_s : u"classic"_s;
+}
+
+QString PatternModel::composition() const
+{
+    return m_grid ? u"precomputed averagine"_s : m_averagine.name;
+}
+
+vex::Error PatternModel::predict(double mass, Prediction *prediction) const
+{
+    if (m_grid) {
+        *prediction = nearestPattern(*m_grid, mass);
+        return vex::ErrorCode::NoError;
+    }
+    auto best = m_list ? m_list->peakIntensityRatiosFromMass(mass, &prediction->shares)
+                       : m_averagine.model.peakIntensityRatiosFromMass(mass, &prediction->shares);
+    if (best.hasError())
+        return passedOn(std::move(best).error());
+    prediction->best = best.value();
+    complete(prediction);
+    return vex::ErrorCode::NoError;
+}
+
+QString PatternModel::warningFor(double mass, const Prediction &prediction)
+{
+    if (m_grid && Grid(*m_grid).isBeyond(mass))
+        return u"beyond the last grid point, %1 Da, whose pattern is given; %2"_s.arg(
+            massNumber(Grid(*m_grid).lastMass()), adviceFor(mass));
+    if (prediction.coverage < kGoodCoverage)
+        return u"the %1 peaks hold only %2 % of the signal; %3"_s.arg(
+            QString::number(prediction.shares.size()), fixedNumber(100.0 * prediction.coverage, 2),
+            adviceFor(mass));
+    return {};
+}
+
+/// The smallest list that holds practically everything at @p mass.
+QString PatternModel::adviceFor(double mass)
+{
+    for (std::size_t i = 0; i < kAdvisedCapacities.size(); ++i) {
+        if (i == m_advised.size()) {
+            m_advised.emplace_back(kAdvisedCapacities[i]);
+            if (m_advised.back().init(m_averagine.formula).hasError())
+                break;
+        }
+        const double coverage = m_advised[i].signalCoverage(mass);
+        if (coverage > kFullCoverage)
+            return u"--model list --capacity %1 holds %2 %"_s.arg(
+                QString::number(kAdvisedCapacities[i]), fixedNumber(100.0 * coverage, 2));
+    }
+    return u"no --model list of up to %1 peaks holds %2 %"_s.arg(
+        QString::number(kAdvisedCapacities.back()), fixedNumber(100.0 * kFullCoverage, 1));
+}
+
+} // namespace vexcli

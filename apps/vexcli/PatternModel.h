@@ -1,0 +1,83 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include <vex/AveragineIsotopeDistribution.h>
+#include <vex/AveragineIsotopeModelRefactored.h>
+#include <vex/Error.h>
+#include <vex/Result.h>
+
+#include "Averagine.h"
+
+namespace vexcli {
+
+class CommandLine;
+
+/// An isotope pattern with what tables and JSON tell of it.
+struct Prediction
+{
+    QList<double> shares; // of the whole signal, by nominal mass shift
+    int best = -1; // index of the highest share; -1 when all are 0
+    double coverage = 0.0; // sum of the shares
+    std::optional<double> gridMass; // daltons; of the grid point that the pattern belongs to
+};
+
+/// The lines of a table about highest peak and coverage.
+QString signalLines(const Prediction &prediction);
+
+/// Where the grid of a precomputed table lies.
+class Grid
+{
+public:
+    explicit Grid(const vex::AveragineIsotopeDistribution &table);
+
+    double massOf(int point) const { return point * m_spacing; } // daltons
+    int lastPoint() const { return m_lastPoint; }
+    double lastMass() const { return massOf(m_lastPoint); } // daltons
+    int nearestPoint(double mass) const;
+    /// True when @p mass is farther from the last grid point than any mass between two points can
+    /// be.
+    bool isBeyond(double mass) const { return mass > lastMass() + m_spacing / 2.0; }
+
+private:
+    double m_spacing; // daltons
+    int m_lastPoint;
+};
+
+/// The pattern of the grid point of @p table that is nearest to @p mass, in daltons.
+Prediction nearestPattern(const vex::AveragineIsotopeDistribution &table, double mass);
+
+/// Adds --model, --capacity and the options of the composition to @p commandLine.
+void addModelOptions(CommandLine *commandLine);
+
+/// The model that predicts the patterns of one run.
+class PatternModel
+{
+public:
+    /// The model that the options ask for, by default the classic one.
+    static vex::Result<std::shared_ptr<PatternModel>> fromOptions(const CommandLine &commandLine);
+
+    /// As --model has it.
+    QString name() const;
+    /// What the patterns are made from, for titles.
+    QString composition() const;
+    /// Writes the pattern of a molecule of @p mass daltons.
+    vex::Error predict(double mass, Prediction *prediction) const;
+    /// What is wrong with @p prediction for @p mass and which model does better; mostly nothing.
+    QString warningFor(double mass, const Prediction &prediction);
+
+private:
+    QString adviceFor(double mass);
+
+    Averagine m_averagine; // the classic model, and the composition of the others
+    std::shared_ptr<vex::AveragineIsotopeModelRefactored> m_list; // for --model list
+    std::shared_ptr<vex::AveragineIsotopeDistribution> m_grid; // for --model grid
+    std::vector<vex::AveragineIsotopeModelRefactored> m_advised; // lists of growing capacity
+};
+
+} // namespace vexcli
