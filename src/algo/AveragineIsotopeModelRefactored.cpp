@@ -76,16 +76,19 @@ QList<double> product(const QList<double> &a, const QList<double> &b, int capaci
 QList<double> power(QList<double> base, double exponent, int capacity)
 {
     QList<double> result{1.0};
-    while (exponent > 0.0) {
+    while (true) {
         if (std::fmod(exponent, 2.0) == 1.0)
             result = product(result, base, capacity);
         exponent = std::floor(exponent / 2.0);
+        if (!(exponent > 0.0) || result.isEmpty())
+            return result;
         const QList<double> squared = product(base, base, capacity);
-        if (squared == base || result.isEmpty()) // one peak alone, or none: no more will change
-            return squared == base ? product(result, base, capacity) : result;
+        if (squared.isEmpty())
+            return {};
+        if (squared == base) // the single peak 1.0, which no power changes
+            return product(result, base, capacity);
         base = squared;
     }
-    return result;
 }
 
 double sumOf(const QList<double> &values)
