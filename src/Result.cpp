@@ -1,3 +1,4 @@
+#include <vex/PlotBase.h>
 #include <vex/Result.h>
 
 #include <QByteArray>
@@ -22,5 +23,6 @@ template class Result<QList<QString>>;
 template class Result<QJsonObject>;
 template class Result<QJsonArray>;
 template class Result<QMap<QString, QVariant>>;
+template class Result<PlotBase>;
 
 } // namespace vex

@@ -1,0 +1,266 @@
+#include "ErrorTrace.h"
+#include "PlainPlotUtilities.h"
+
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <vex/ApexFinder.h>
+#include <vex/PlotUtilities.h>
+
+#include <bit>
+#include <limits>
+
+using namespace Qt::StringLiterals;
+using namespace vex;
+using vex::test::ErrorReport;
+
+namespace {
+
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+PlotBase plotOf(const QList<QPointF> &points)
+{
+    PlotBase plot;
+    plot.points() = points;
+    return plot;
+}
+
+/// A signal with samples in random places, some of them shared, repeated, or nearly so.
+PlotBase randomPlot(QRandomGenerator *random, bool isOdd)
+{
+    PlotBase plot;
+    const int size = random->bounded(random->bounded(4) ? 40 : 4);
+    double x = random->bounded(5);
+    const bool endsAtZero = random->bounded(2);
+    for (int i = 0; i < size; ++i) {
+        const double steps[] = {0.0, 4e-7, 1e-6, 0.25, 0.25, 0.25, random->generateDouble()};
+        x += steps[random->bounded(7)];
+        const bool isEnd = i == 0 || i == size - 1;
+        const double y = isEnd && endsAtZero ? 0.0 : 10.0 * random->generateDouble() - 3.0;
+        plot.points().append({x, random->bounded(9) ? y : 0.0});
+    }
+    if (isOdd && size > 0) {
+        const double odd[] = {kNaN, kInf, -kInf, 1e200, -1.0};
+        QPointF &point = plot.points()[random->bounded(size)];
+        (random->bounded(2) ? point.rx() : point.ry()) = odd[random->bounded(5)];
+    }
+    return plot;
+}
+
+/// Equal values, and NaN equal to NaN.
+bool same(double p, double q)
+{
+    return p == q || (std::isnan(p) && std::isnan(q));
+}
+
+template <typename T>
+bool same(const Result<T> &result, const std::optional<T> &expected)
+{
+    if (result.hasError() || !expected)
+        return result.hasError() && !expected;
+    if constexpr (std::is_same_v<T, double>)
+        return same(result.value(), *expected);
+    else
+        return result.value() == *expected;
+}
+
+bool same(const QList<double> &p, const QList<double> &q)
+{
+    return std::equal(
+        p.begin(), p.end(), q.begin(), q.end(), [](double a, double b) { return same(a, b); });
+}
+
+} // namespace
+
+class TestPlotUtilities : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    /// Also where signals are empty, not ascending, or hold what is no number.
+    void answersEqualThePlainForm()
+    {
+        using namespace PlotUtilities;
+        QRandomGenerator random(5);
+        for (int round = 0; round < 20000; ++round) {
+            const PlotBase a = randomPlot(&random, round % 5 == 0);
+            const PlotBase b = random.bounded(9) ? randomPlot(&random, round % 7 == 0) : a;
+            const QByteArray shown = QByteArray::number(round);
+            const auto domain = mergeDomains(a, b, 5.0);
+            const auto expected = plain::mergeDomains(a, b);
+            QVERIFY2(same(domain.value(), *expected), shown); // neither ever fails
+            const auto difference = subtract(a, b, 5.0);
+            if (const auto plainDifference = plain::subtract(a, b)) {
+                const QList<QPointF> &p = difference.value().points();
+                const QList<QPointF> &q = plainDifference->points();
+                QVERIFY2(std::equal(p.begin(), p.end(), q.begin(), q.end(),
+                             [](const QPointF &s, const QPointF &t) {
+                                 return same(s.x(), t.x()) && same(s.y(), t.y());
+                             }),
+                    shown);
+            }
+            const auto area = plain::relativeAreaOfError(a, b);
+            const auto correlation = plain::pearsonsCorrelation(a, b);
+            QVERIFY2(same(relativeAreaOfError(a, b, 5.0), area), shown);
+            QVERIFY2(same(pearsonsCorrelation(a, b), correlation), shown);
+            QVERIFY2(same(guessSamplingInterval(a), plain::guessSamplingInterval(a)), shown);
+            // limits far away, and just where the measures lie
+            for (const auto &[most, least] : {std::pair(0.5, 0.5), std::pair(kInf, -2.0),
+                     std::pair(area.value_or(0.0), correlation.value_or(0.0))}) {
+                const auto answer = plain::plotSame(a, b, most, least);
+                QVERIFY2(same(plotSame(a, b, 5.0, most, least), answer), shown);
+                const auto verdict = compareSignals(a, b, most, least);
+                QVERIFY2(verdict.hasError() != answer.has_value(), shown);
+                if (answer)
+                    QVERIFY2(verdict.value().isSame == *answer, shown);
+            }
+        }
+    }
+
+    void intervalsOfLongSignals_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::newRow("random gaps") << 0;
+        QTest::newRow("equal gaps") << 1;
+        QTest::newRow("few long gaps where the sample looks") << 2;
+        QTest::newRow("descending") << 3;
+        QTest::newRow("not a number now and then") << 4;
+    }
+    void intervalsOfLongSignals()
+    {
+        QFETCH(int, kind);
+        QRandomGenerator random(7);
+        PlotBase plot;
+        double x = 0.0;
+        for (int i = 0; i < 50001; ++i) {
+            const double gap = kind == 1 ? 0.25 : random.generateDouble();
+            x += kind == 2 && i % 48 == 1 ? 1000.0 : kind == 3 ? -gap : gap;
+            plot.points().append({kind == 4 && i % 9 == 0 ? kNaN : x, 1.0});
+        }
+        QVERIFY(
+            same(PlotUtilities::guessSamplingInterval(plot), plain::guessSamplingInterval(plot)));
+    }
+
+    void domains_data()
+    {
+        using Points = QList<QPointF>;
+        QTest::addColumn<Points>("a");
+        QTest::addColumn<Points>("b");
+        QTest::addColumn<QList<double>>("domain");
+        const auto row = [](const char *name, const Points &a, const Points &b,
+                             const QList<double> &domain) {
+            QTest::newRow(name) << a << b << domain;
+        };
+        row("one empty: as it stands", {}, {{3, 1}, {1, 1}, {1, 1}}, {3, 1, 1});
+        row("one point each", {{2, 0}}, {{4, 0}}, {2, 3, 4});
+        row("ends at zero", {{0, 0}, {2, 5}, {4, 0}}, {{1, 0}, {2, 7}, {3, 0}}, {0, 1, 2, 3, 4});
+        row("inner ends are extended", {{0, 0}, {4, 1}, {8, 0}, {12, 0}}, {{5, 1}, {6, 1}},
+            {0, 1, 4, 5, 6, 8, 10, 12});
+        row("longer one's interval, second of equals", {{0, 1}, {10, 1}}, {{2, 1}, {5, 1}},
+            {0, 2, 5, 8, 10});
+        row("closer than 1e-6", {{0, 0}, {1, 1}, {2, 0}},
+            {{0.0, 0}, {1.0000005, 1}, {2.0000005, 0}}, {0, 1, 2});
+        row("1e-6 apart", {{0, 0}, {1, 0}}, {{0.000001, 0}, {1, 0}}, {0, 0.000001, 1});
+    }
+    void domains()
+    {
+        QFETCH(QList<QPointF>, a);
+        QFETCH(QList<QPointF>, b);
+        QTEST(PlotUtilities::mergeDomains(plotOf(a), plotOf(b), 9.0).value(), "domain");
+    }
+
+    void intervalsNeedTwoPoints()
+    {
+        const ErrorReport expected{InvalidInput,
+            u"Can't guess sampling interval with less than 2 points"_s,
+            {u"src/PlotUtilities:341"_s}};
+        for (const PlotBase &plot : {PlotBase(), plotOf({{1, 5}})})
+            QCOMPARE(test::reportOf(PlotUtilities::guessSamplingInterval(plot).error()), expected);
+    }
+
+    void thresholds_data()
+    {
+        QTest::addColumn<bool>("isTrue");
+        using namespace PlotUtilities;
+        const auto equal = [](double p, double q) {
+            return centroidedPlotSame(plotOf({{1, p}}), plotOf({{1, q}})).value()
+                && centroidedPlotSame(plotOf({{p, 1}}), plotOf({{q, 1}})).value();
+        };
+        QTest::newRow("1000 within 1e-9") << equal(1000.0, 1000.0000000005);
+        QTest::newRow("0.5 beyond 1e-12") << !equal(0.5, 0.500000000002);
+        QTest::newRow("NaN") << !equal(kNaN, kNaN);
+        QTest::newRow("sizes") << !centroidedPlotSame(plotOf({{1, 1}}), {}).value();
+        QTest::newRow("both empty") << centroidedPlotSame({}, {}).value();
+        const PlotBase zero = plotOf({{0, 1e-12}, {1, -1e-12}});
+        const PlotBase low = plotOf({{0, 2e-12}, {1, 0}});
+        QTest::newRow("1e-12 is zero") << plotSame(zero, {}, 0.0, -1.0, 2.0).value();
+        QTest::newRow("2e-12 is not") << !plotSame(low, zero, 0.0, kInf, -2.0).value();
+        QTest::newRow("NaN limits let pass") << plotSame(low, low, 0.0, kNaN, kNaN).value();
+        QList<double> values{1.0, 1.0000005, 1.0000011, 2.0};
+        std::ignore = removeCloseValues(&values, 1e-6);
+        QTest::newRow("drift") << (values == QList<double>{1.0, 1.0000011, 2.0});
+        QTest::newRow("magnitude") << (PlotUtilities::abs(plotOf({{1, -2}, {2, 3}})).points()
+            == QList<QPointF>{{1, 2}, {2, 3}});
+    }
+    void thresholds()
+    {
+        QFETCH(bool, isTrue);
+        QVERIFY(isTrue);
+    }
+
+    void verdictsAndFindings()
+    {
+        using namespace PlotUtilities;
+        const PlotBase peak = plotOf({{0, 0}, {1, 4}, {2, 0}});
+        const PlotBase late = plotOf({{1, 0}, {2, 4}, {3, 0}});
+        const PlotBase flat = plotOf({{5, 0}, {6, 0}});
+        const auto ruleOf = [](const PlotBase &a, const PlotBase &b, double most, double least) {
+            return compareSignals(a, b, most, least).value().rule;
+        };
+        QCOMPARE(ruleOf(peak, flat, 1.0, 0.0), SignalVerdict::OneWithoutIntensity);
+        QCOMPARE(ruleOf(flat, {}, 1.0, 0.0), SignalVerdict::BothWithoutIntensity);
+        QCOMPARE(ruleOf(peak, late, 0.5, -1.0), SignalVerdict::AreaOfError);
+        QCOMPARE(ruleOf(peak, late, 5.0, 0.9), SignalVerdict::Correlation);
+        const auto verdict = compareSignals(peak, late, 5.0, -1.0).value();
+        QCOMPARE(verdict.rule, SignalVerdict::WithinBoth);
+        QCOMPARE(verdict.relativeAreaOfError, 2.0); // the difference's samples are 0, 4, 4, 0 high
+        QCOMPARE(verdict.domainSize, 4);
+        QVERIFY(verdict.overlapStart == 1.0 && verdict.overlapEnd == 2.0);
+
+        const PlotBase odd = plotOf({{1, 1}, {1, kNaN}, {0, 1}, {kInf, 1}, {2, 1}});
+        using F = SignalFinding;
+        const QList<F> expected{{F::RepeatedPosition, 1}, {F::ValueNotFinite, 1},
+            {F::Descending, 2}, {F::PositionNotFinite, 3}, {F::Descending, 4}};
+        QCOMPARE(checkSignal(odd), expected);
+        QCOMPARE(checkSignal(odd, 2), expected.first(2));
+    }
+
+    void apexAndArea()
+    {
+        const PlotBase plot = plotOf({{1, 9}, {1.5, 7}, {2, kNaN}, {2.5, 7}, {3, 9}});
+        QCOMPARE(
+            ApexFinder::findApexTime(plot, 1.0, 3.0), 1.5); // not on the edges, first of equals
+        QCOMPARE(ApexFinder::findApexTime(plot, QPointF(0.9, 5), QPointF(3.1, 6)), 1.0);
+        QCOMPARE(ApexFinder::findApexTime(plot, 1.1, 1.3), 1.2); // nothing there
+        QCOMPARE(ApexFinder::findApexTime(plot, 2.0, 1.0), 1.5); // inverted
+        QCOMPARE(ApexFinder::findApexTime(plotOf({{2, -3}, {2.5, -2}}), 1.0, 4.0), 2.5);
+
+        const PlotBase line = plotOf({{0, 0}, {2, 4}, {2, 1}, {4, 1}});
+        const auto area = [&line](double start, double end) {
+            return line.computeAreaNoUnitConversion(start, end, false, PlotBase::Trapezoid);
+        };
+        QCOMPARE(area(-5.0, 9.0), 6.0);
+        QCOMPARE(area(0.5, 1.5), 2.0);
+        QCOMPARE(area(1.0, 3.0), 4.0);
+        QCOMPARE(area(2.0, 3.0), 1.0); // behind the step
+        QCOMPARE(area(3.0, 1.0), 0.0);
+        QCOMPARE(line.evaluate(2.0, 1, 0), 4.0); // the first of both
+        QCOMPARE(line.evaluate(1.5, 1, 0), 3.0);
+        QVERIFY(line.evaluate(-0.1, 1, 0) == 0.0 && line.evaluate(kNaN, 1, 0) == 0.0);
+        QCOMPARE(line.getMaxTimeIntensity(5.0, 6.0), QPointF(0.0, 0.0));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPlotUtilities)
+#include "tst_PlotUtilities.moc"
