@@ -7,7 +7,8 @@ set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_VERBATIM_VARIABLES ON)
 
 install(FILES README.md CHANGELOG.md docs/dependencies.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(FILES data/proteins.fasta data/published_masses.csv DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+install(FILES data/l_glutamate_xic.csv data/proteins.fasta data/published_masses.csv
+    DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 
 if(WIN32)
     set(CPACK_GENERATOR ZIP)

@@ -140,7 +140,7 @@ vex::Error CommandLine::requireOneOf(const QStringList &names) const
         u"give exactly one of --%1 (see vex %2 --help)"_s.arg(names.join(" or --"_L1), m_command));
 }
 
-vex::Result<double> nonNegativeNumber(const QString &text, const QString &what)
+vex::Result<double> finiteNumber(const QString &text, const QString &what)
 {
     bool isNumber = false;
     const double value = text.toDouble(&isNumber);
@@ -148,9 +148,17 @@ vex::Result<double> nonNegativeNumber(const QString &text, const QString &what)
         return usageFailure(u"%1 '%2' is not a number"_s.arg(what, text));
     if (!std::isfinite(value))
         return usageFailure(u"%1 '%2' is not finite"_s.arg(what, text));
-    if (value < 0.0)
-        return usageFailure(u"%1 '%2' is negative"_s.arg(what, text));
     return value;
+}
+
+vex::Result<double> nonNegativeNumber(const QString &text, const QString &what)
+{
+    auto number = finiteNumber(text, what);
+    if (number.hasError())
+        return passedOn(std::move(number).error());
+    if (number.value() < 0.0)
+        return usageFailure(u"%1 '%2' is negative"_s.arg(what, text));
+    return number.value();
 }
 
 vex::Result<double> wholeNumber(const QString &text, const QString &what, double least, double most)

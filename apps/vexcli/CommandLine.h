@@ -46,6 +46,9 @@ private:
     bool m_isHelpShown = false;
 };
 
+/// @p text as a finite number; @p what names it in the error.
+vex::Result<double> finiteNumber(const QString &text, const QString &what);
+
 /// @p text as a finite number that is not negative; @p what names it in the error.
 vex::Result<double> nonNegativeNumber(const QString &text, const QString &what);
 

@@ -1,5 +1,6 @@
 #include "Commands.h"
 
+#include "Background.h"
 #include "CommandLine.h"
 #include "Failure.h"
 #include "Output.h"
@@ -15,7 +16,6 @@
 #include <QJsonObject>
 #include <QLoggingCategory>
 #include <QScopeGuard>
-#include <QThread>
 
 #include <algorithm>
 #include <cmath>
@@ -37,7 +37,6 @@ using Parameters = Distribution::Parameters;
 
 constexpr qsizetype kMostPlotted = 16; // lines in one plot that a reader can still tell apart
 constexpr double kLowestShown = 5e-6; // share; lower ones would read 0.000 % in a table
-constexpr unsigned long kInterruptEvery = 50; // milliseconds between two looks for Ctrl-C
 constexpr auto kStandardOutput = "-"_L1;
 
 /// A parameter of the table and the option that sets it.
@@ -161,7 +160,7 @@ vex::Result<std::shared_ptr<const Distribution>> compute(const Parameters &param
     category->setEnabled(QtWarningMsg, false);
     const auto loud = qScopeGuard([category] { category->setEnabled(QtWarningMsg, true); });
     const auto work = std::make_shared<Work>();
-    QThread *thread = QThread::create([work, parameters] {
+    const bool isDone = runInBackground([work, parameters] {
         try {
             work->table = std::make_shared<const Distribution>(parameters);
         } catch (const std::length_error &error) {
@@ -170,12 +169,8 @@ vex::Result<std::shared_ptr<const Distribution>> compute(const Parameters &param
             work->problem = u"there is not enough memory"_s;
         }
     });
-    thread->start();
-    while (!thread->wait(kInterruptEvery)) {
-        if (isInterrupted())
-            return interrupted(); // the thread ends with the process
-    }
-    delete thread;
+    if (!isDone)
+        return interrupted();
     if (!work->table)
         return failure(u"the table cannot be computed: %1"_s.arg(work->problem));
     return work->table;

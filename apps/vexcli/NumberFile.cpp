@@ -45,7 +45,8 @@ vex::Error forEachLine(const QString &path, Visitor visit)
     }
 }
 
-/// True for the title of a column: words. A mistyped number must not pass as one and get lost.
+} // namespace
+
 bool isTitle(const QString &field)
 {
     bool isNumber = false;
@@ -53,8 +54,6 @@ bool isTitle(const QString &field)
     return !field.isEmpty() && !isNumber
         && std::none_of(field.begin(), field.end(), [](QChar c) { return c.isDigit(); });
 }
-
-} // namespace
 
 vex::Result<QList<double>> readMasses(const QString &path)
 {

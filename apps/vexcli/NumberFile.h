@@ -23,4 +23,7 @@ struct PublishedMasses
 /// passed over. A bad line is an error with its number.
 vex::Result<QHash<QString, PublishedMasses>> readPublishedMasses(const QString &path);
 
+/// True for the title of a column: words. A mistyped number must not pass as one and get lost.
+bool isTitle(const QString &field);
+
 } // namespace vexcli

@@ -2,9 +2,11 @@
 
 #include <QCoreApplication>
 #include <QList>
+#include <QPointF>
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 #include <vex/Error.h>
 #include <vex/Result.h>
@@ -32,5 +34,32 @@ enum class PlotStyle {
 /// Draws the patterns over the nominal mass shift, in the format that @p path ends with.
 vex::Result<QByteArray> drawPatterns(const QString &path, const QString &title,
     const QList<PlottedPattern> &patterns, PlotStyle style);
+
+/// One line of a plot.
+struct PlottedCurve
+{
+    QString label;
+    QList<QPointF> points;
+};
+
+/// A place or a region of a plot that a reader is to look at.
+struct PlottedMark
+{
+    QString label;
+    QList<QPointF> points; // one, or the upper edge of a region above 0
+};
+
+/// One of the plots that stand one below the other over the same x.
+struct PlottedPanel
+{
+    QString yTitle;
+    QList<PlottedCurve> curves;
+    QList<PlottedMark> marks;
+};
+
+/// Draws one or two panels in the format that @p path ends with. Curves of more points than can be
+/// told apart are thinned; their extremes stay.
+vex::Result<QByteArray> drawCurves(const QString &path, const QString &title, const QString &xTitle,
+    const QList<PlottedPanel> &panels);
 
 } // namespace vexcli

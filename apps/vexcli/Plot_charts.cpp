@@ -12,6 +12,7 @@
 #include <QLegend>
 #include <QLineSeries>
 #include <QPainter>
+#include <QScatterSeries>
 #include <QSvgGenerator>
 #include <QValueAxis>
 
@@ -29,6 +30,8 @@ namespace {
 
 constexpr QSizeF kSize(800.0, 500.0); // points
 constexpr double kPngScale = 2.0; // sharp on paper and on dense screens
+constexpr double kLowerPanel = 220.0; // height of a second panel, points
+constexpr double kLargest = 1e300; // what lies beyond is drawn there: the axes need room
 constexpr double kVisibleShare = 1e-3; // of the highest peak: where the axis ends
 // Okabe and Ito's palette: distinct for readers with colour-blindness too
 constexpr QRgb kColours[] = {
@@ -196,6 +199,182 @@ void fillChart(
     chart->resize(kSize);
 }
 
+/// The extremes of a panel.
+QRectF boundsOf(const PlottedPanel &panel)
+{
+    double left = kLargest;
+    double right = -kLargest;
+    double low = 0.0;
+    double high = 0.0;
+    for (const PlottedCurve &curve : panel.curves) {
+        for (const QPointF &point : curve.points) {
+            left = std::min(left, point.x());
+            right = std::max(right, point.x());
+            low = std::min(low, point.y());
+            high = std::max(high, point.y());
+        }
+    }
+    return {QPointF(left, std::max(low, -kLargest)), QPointF(right, std::min(high, kLargest))};
+}
+
+/// At most as many points as the plot has room for: of each run the ends and the extremes.
+QList<QPointF> thinned(const QList<QPointF> &points)
+{
+    constexpr qsizetype kRuns = 1600;
+    if (points.size() <= 4 * kRuns)
+        return points;
+    QList<QPointF> kept;
+    for (qsizetype run = 0; run < kRuns; ++run) {
+        const auto first = points.begin() + points.size() * run / kRuns;
+        const auto end = points.begin() + points.size() * (run + 1) / kRuns;
+        const auto [low, high] = std::minmax_element(
+            first, end, [](const QPointF &a, const QPointF &b) { return a.y() < b.y(); });
+        kept += {*first, *std::min(low, high), *std::max(low, high), *(end - 1)};
+    }
+    return kept;
+}
+
+/// Widens a range without length, and leaves room at its ends.
+void addMargin(double *from, double *to, double share)
+{
+    if (!(*to > *from)) {
+        const double margin = std::max(0.5, 0.01 * std::fabs(*from));
+        *from -= margin;
+        *to += margin;
+        return;
+    }
+    const double margin = share * (*to - *from);
+    *from -= *from == 0.0 ? 0.0 : margin;
+    *to += *to == 0.0 ? 0.0 : margin;
+}
+
+/// An axis whose labels have the digits that its ticks need.
+QValueAxis *makeFittingAxis(const QString &title, double from, double to, int parts)
+{
+    const double step = niceStep(to - from, parts);
+    const double largest = std::max(std::fabs(from), std::fabs(to));
+    const int decimals = std::max(0, static_cast<int>(std::ceil(-std::log10(step) - 1e-9)));
+    const bool isLong = largest >= 1e7 || decimals > 5;
+    return makeAxis(title, from, to, step, isLong ? u"%.2e"_s : u"%.%1f"_s.arg(decimals));
+}
+
+QLineSeries *makeCurve(const QList<QPointF> &points, const QPen &pen)
+{
+    auto *line = new QLineSeries;
+    for (const QPointF &point : thinned(points)) {
+        if (!std::isnan(point.y()))
+            line->append(point.x(), std::clamp(point.y(), -kLargest, kLargest));
+    }
+    line->setPen(pen);
+    line->setPointsVisible(points.size() == 1);
+    return line;
+}
+
+QAbstractSeries *makeMark(const PlottedMark &mark)
+{
+    if (mark.points.size() == 1) {
+        auto *dot = new QScatterSeries;
+        dot->append(mark.points.constFirst());
+        dot->setMarkerSize(11.0);
+        dot->setColor(QColor(kColours[1]));
+        dot->setBorderColor(Qt::white);
+        return dot;
+    }
+    auto *edge = new QLineSeries;
+    edge->append(thinned(mark.points));
+    auto *base = new QLineSeries;
+    base->append(mark.points.constFirst().x(), 0.0);
+    base->append(mark.points.constLast().x(), 0.0);
+    auto *region = new QAreaSeries(edge, base);
+    edge->setParent(region);
+    base->setParent(region);
+    region->setPen(Qt::NoPen);
+    region->setBrush(QColor(0xc6, 0xdf, 0xf0));
+    return region;
+}
+
+/// Styles a chart that fills @p area of the picture.
+void layOut(QChart *chart, const QString &title, const QRectF &area)
+{
+    chart->setTitle(title);
+    chart->setTitleFont(font(16.0, true));
+    chart->setTitleBrush(Qt::black);
+    chart->setBackgroundRoundness(0.0);
+    chart->setBackgroundBrush(Qt::white);
+    chart->legend()->setFont(font(13.0));
+    chart->legend()->setLabelColor(Qt::black);
+    chart->layout()->setContentsMargins(0.0, 0.0, 0.0, 0.0);
+    chart->setPos(area.topLeft());
+    chart->resize(area.size());
+}
+
+void fillPanel(QChart *chart, const PlottedPanel &panel, const QString &xTitle, double left,
+    double right, int yParts)
+{
+    QRectF bounds = boundsOf(panel);
+    double low = bounds.top();
+    double high = bounds.bottom();
+    addMargin(&low, &high, 0.05);
+    auto *xAxis = makeFittingAxis(xTitle, left, right, 10);
+    auto *yAxis = makeFittingAxis(panel.yTitle, low, high, yParts);
+    chart->addAxis(xAxis, Qt::AlignBottom);
+    chart->addAxis(yAxis, Qt::AlignLeft);
+    const auto add = [&](QAbstractSeries *series, const QString &label) {
+        series->setName(label);
+        chart->addSeries(series);
+        series->attachAxis(xAxis);
+        series->attachAxis(yAxis);
+    };
+    for (const PlottedMark &mark : panel.marks) {
+        if (mark.points.size() > 1)
+            add(makeMark(mark), mark.label); // below the curves
+    }
+    // the first one broad, so that it is seen also where the second one covers it
+    for (qsizetype i = 0; i < panel.curves.size(); ++i) {
+        const bool isBroad = i == 0 && panel.curves.size() > 1;
+        add(makeCurve(panel.curves[i].points,
+                QPen(isBroad ? QColor(kColours[5]) : QColor(kColours[i == 0 ? 0 : 1]),
+                    isBroad ? 4.0 : 1.6)),
+            panel.curves[i].label);
+    }
+    for (const PlottedMark &mark : panel.marks) {
+        if (mark.points.size() == 1)
+            add(makeMark(mark), mark.label);
+    }
+    chart->legend()->setVisible(panel.curves.size() + panel.marks.size() > 1);
+    chart->legend()->setAlignment(Qt::AlignTop);
+}
+
+vex::Result<QByteArray> render(
+    const QString &path, const QString &title, QGraphicsScene *scene, QSizeF size)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    const QRectF area(QPointF(0.0, 0.0), size);
+    bool isDrawn = false;
+    if (path.endsWith(".svg"_L1, Qt::CaseInsensitive)) {
+        QSvgGenerator generator;
+        generator.setOutputDevice(&buffer);
+        generator.setSize(size.toSize());
+        generator.setViewBox(area);
+        generator.setTitle(title);
+        QPainter painter(&generator);
+        painter.fillRect(area, Qt::white);
+        scene->render(&painter, area, area);
+        isDrawn = painter.end();
+    } else {
+        QImage image((size * kPngScale).toSize(), QImage::Format_RGB32);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        painter.setRenderHint(QPainter::Antialiasing);
+        scene->render(&painter, QRectF(image.rect()), area);
+        isDrawn = painter.end() && image.save(&buffer, "PNG");
+    }
+    if (!isDrawn)
+        return failure(u"cannot draw %1"_s.arg(path));
+    return buffer.data();
+}
+
 } // namespace
 
 std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool needsPlot)
@@ -229,31 +408,42 @@ vex::Result<QByteArray> drawPatterns(const QString &path, const QString &title,
     auto *chart = new QChart; // owned by the scene
     scene.addItem(chart);
     fillChart(chart, title, patterns, style);
-    QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    const QRectF area(QPointF(0.0, 0.0), kSize);
-    bool isDrawn = false;
-    if (path.endsWith(".svg"_L1, Qt::CaseInsensitive)) {
-        QSvgGenerator generator;
-        generator.setOutputDevice(&buffer);
-        generator.setSize(kSize.toSize());
-        generator.setViewBox(area);
-        generator.setTitle(title);
-        QPainter painter(&generator);
-        painter.fillRect(area, Qt::white);
-        scene.render(&painter, area, area);
-        isDrawn = painter.end();
-    } else {
-        QImage image((kSize * kPngScale).toSize(), QImage::Format_RGB32);
-        image.fill(Qt::white);
-        QPainter painter(&image);
-        painter.setRenderHint(QPainter::Antialiasing);
-        scene.render(&painter, QRectF(image.rect()), area);
-        isDrawn = painter.end() && image.save(&buffer, "PNG");
+    return passedOn(render(path, title, &scene, kSize));
+}
+
+vex::Result<QByteArray> drawCurves(const QString &path, const QString &title, const QString &xTitle,
+    const QList<PlottedPanel> &panels)
+{
+    double left = kLargest;
+    double right = -kLargest;
+    for (const PlottedPanel &panel : panels) {
+        const QRectF bounds = boundsOf(panel);
+        left = std::min(left, bounds.left());
+        right = std::max(right, bounds.right());
     }
-    if (!isDrawn)
-        return failure(u"cannot draw %1"_s.arg(path));
-    return buffer.data();
+    addMargin(&left, &right, 0.0);
+    const double lower = panels.size() > 1 ? kLowerPanel : 0.0; // height of the second one
+    const QSizeF size(kSize.width(), kSize.height() + lower);
+    QGraphicsScene scene;
+    QList<QChart *> charts; // owned by the scene
+    double margin = 0.0;
+    for (qsizetype i = 0; i < panels.size(); ++i) {
+        const bool isFirst = i == 0;
+        charts.append(new QChart);
+        scene.addItem(charts[i]);
+        fillPanel(charts[i], panels[i], xTitle, left, right, isFirst ? 6 : 4);
+        layOut(charts[i], isFirst ? title : QString(),
+            isFirst ? QRectF(QPointF(0.0, 0.0), kSize)
+                    : QRectF(0.0, kSize.height(), kSize.width(), lower));
+        margin = std::max(margin, charts[i]->plotArea().left());
+    }
+    for (QChart *chart : std::as_const(charts)) { // the same x one below the other
+        QMargins margins = chart->margins();
+        margins.setLeft(margins.left() + qRound(margin - chart->plotArea().left()));
+        chart->setMargins(margins);
+        chart->layout()->activate();
+    }
+    return passedOn(render(path, title, &scene, size));
 }
 
 } // namespace vexcli

@@ -22,4 +22,10 @@ vex::Result<QByteArray> drawPatterns(
     return passedOn(checkPlotPath(path));
 }
 
+vex::Result<QByteArray> drawCurves(
+    const QString &path, const QString &, const QString &, const QList<PlottedPanel> &)
+{
+    return passedOn(checkPlotPath(path));
+}
+
 } // namespace vexcli

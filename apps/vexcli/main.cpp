@@ -31,6 +31,9 @@ struct Command
 };
 
 constexpr std::array kCommands{
+    Command{"apex"_L1, "where a chromatogram is highest, and the area under it", vexcli::runApex},
+    Command{
+        "compare"_L1, "whether two signals are alike, and by which measure", vexcli::runCompare},
     Command{"distribution"_L1, "the precomputed table of isotope patterns over mass",
         vexcli::runDistribution},
     Command{"formula"_L1, "how formula texts are read, and what the reading leaves out",
@@ -41,9 +44,10 @@ constexpr std::array kCommands{
 
 void printHelp()
 {
-    std::puts("Usage: vex COMMAND [OPTION...] [INPUT...]\n"
-              "Isotope patterns and masses of molecules of an average composition.\n\n"
-              "Commands:");
+    std::puts(
+        "Usage: vex COMMAND [OPTION...] [INPUT...]\n"
+        "Isotope patterns and masses of molecules of an average composition; sampled signals.\n\n"
+        "Commands:");
     for (const Command &command : kCommands)
         std::printf("  %-13s %s\n", command.name.data(), command.summary);
     std::puts("\nvex COMMAND --help tells more, vex --version the version.\n"

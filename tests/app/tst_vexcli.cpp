@@ -165,6 +165,16 @@ patterns in one place | 2 | distribution --spacing 0 | | '0' is not above 0
 trim of everything | 2 | distribution --final-trim 1 | | cuts every pattern away
 table without end | 1 | distribution --count 1e9 -o out.csv | | largest mass
 peak of no mass | 2 | distribution --peak 1 | | goes with --mass
+signal with a decimal comma | 1 | apex in | t;y\n1,5;2\n | in, line 2: x '1,5' has a decimal comma
+decimal commas between commas | 1 | apex in | 1,5,2,3\n | found 4; numbers take a decimal point
+two kinds of separators | 1 | apex in | t,y\n1,2\n2;3\n | in, line 3: expected x and y, separated by a comma
+mistyped first point | 1 | apex in | # c\n1O,5\n1,2\n | in, line 2: x '1O' is not a number
+intensity is not finite | 1 | compare in in -o out.csv | 1,2\n2,nan\n | in, line 2: y 'nan' is not finite
+intensity out of range | 1 | apex in | 1,1e999\n | in, line 1: y '1e999' is out of range
+signal without points | 1 | compare in in | minutes,intensity\n | in holds no point
+comparison onto its input | 2 | compare missing in -o ./in | 1,2\n | ./in would overwrite in
+range of nothing | 2 | apex in --start 5 --end 5 | 1,2\n | no later than it starts
+unit of neither kind | 2 | apex in --x-unit hours | 1,2\n | neither minutes nor seconds
 two outputs on standard output | 2 | distribution --mass 1 -o - | | cannot hold both
 )")
                                .trimmed();
@@ -377,6 +387,64 @@ two outputs on standard output | 2 | distribution --mass 1 -o - | | cannot hold 
         QCOMPARE(pattern(u"50030 --model grid"_s)["gridMass"_L1].toDouble(), 50000.0);
         QVERIFY(
             pattern(u"150000 --model list --capacity 400"_s)["coverage"_L1].toDouble() > 0.9999);
+    }
+
+    /// The published area is that between the outermost samples in the range.
+    void chromatogramHasItsPublishedApexAndArea()
+    {
+        write(u"s"_s, "0,1\n7.7,4\n120,2\n"); // 7.7 / 60 * 60 is not 7.7
+        const QString file = m_source.filePath(u"data/l_glutamate_xic.csv"_s);
+        for (const auto &[name, options, time, intensity, area] :
+            {std::tuple(
+                 file, u"--start 2.472833334 --end 3.022891666"_s, 2.7045, 966489.0, 71558.1),
+                {u"s"_s, u"--x-unit seconds"_s, 7.7, 4.0, 356.15},
+                {u"s"_s, u"--x-unit seconds --start 7 --end 8.1"_s, 7.55, 0.0, 4.30}}) {
+            const QStringList arguments{u"apex"_s, u"--json"_s, name};
+            const Outcome outcome = vex(arguments + options.split(u' '));
+            const auto found = QJsonDocument::fromJson(outcome.output.toUtf8()).object();
+            QVERIFY(std::abs(found["area"_L1].toDouble() - area) < 0.05);
+            // a sample's time to the last digit
+            const double tolerance = intensity > 0.0 ? 0.0 : 1e-12;
+            QVERIFY(std::abs(found["apexTime"_L1].toDouble() - time) <= tolerance);
+            QCOMPARE(found["apexIntensity"_L1].toDouble(), intensity); // null is 0
+            QCOMPARE(found["isMiddleOfRange"_L1].toBool(), intensity == 0.0);
+            if (name == file)
+                QVERIFY(std::abs(found["areaBetweenSamples"_L1].toDouble() - 71540.2) < 0.05);
+        }
+    }
+
+    void signalsMayBeWrittenInManyWays()
+    {
+        write(u"a"_s, "minutes,intensity\n1,0\n2,1e3\n3,0\n");
+        const QString plain = vex({u"apex"_s, u"a"_s}).output;
+        QVERIFY(plain.contains("1000 counts x min"_L1));
+        for (const char *other :
+            {"1,0\r\n2,1000\r\n3,0", "\xEF\xBB\xBFt;y\r\n1;0\n\n# c\n2; +1000\n3;0",
+                "1\t-0.0\n 2 \t1000 \n3\t1e-999"}) {
+            write(u"a"_s, other);
+            QCOMPARE(vex({u"apex"_s, u"a"_s}).output, plain);
+        }
+        write(u"a"_s, "1,0\n\n3,5\n2,5\n2,5\n");
+        const QString warned = vex({u"compare"_s, u"a"_s, u"a"_s}).errors;
+        QVERIFY(warned.contains("a, line 4: x 2 is below"_L1));
+        QVERIFY(warned.contains("a, line 5: x 2 repeats"_L1));
+    }
+
+    void comparisonsNameTheRuleThatDecided()
+    {
+        write(u"a"_s, "1,0\n2,10\n3,0\n4,0\n5,0\n");
+        write(u"0"_s, "1,0\n5,0\n");
+        write(u"shifted"_s, "1,0\n2,0\n3,0\n4,10\n5,0\n");
+        for (const auto &[names, rule] : {std::pair("a a", "within both"),
+                 {"a 0", "one without intensity"}, {"0 0", "both without intensity"},
+                 {"a shifted", "area of error"}, {"a shifted --max-area 3", "correlation"}}) {
+            const QString command = u"compare --json -o c.csv "_s + QLatin1StringView(names);
+            const Outcome outcome = vex(command.split(u' '));
+            QCOMPARE(outcome.exitCode, 0);
+            QCOMPARE(QJsonDocument::fromJson(outcome.output.toUtf8())["rule"_L1].toString(),
+                QLatin1StringView(rule));
+        }
+        QVERIFY(read(u"c.csv"_s).contains("\n2,10,0,10\n3,0,0,0\n4,0,10,-10\n"));
     }
 
 #if defined(Q_OS_UNIX)
