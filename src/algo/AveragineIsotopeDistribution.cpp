@@ -160,7 +160,7 @@ void AveragineIsotopeDistribution::construstAveragineIsotopes(IsotopeWorkspace &
                 running.addAtoms(
                     added[element], workspace.isotopeAbundances[element], m_parameters.interTrim);
         }
-        m_averagTable.push_back(running.trimmed(m_parameters.finalTrim));
+        running.appendTrimmed(m_parameters.finalTrim, &m_averagTable);
     }
     m_lastIndex = static_cast<int>(m_averagTable.size()) - 1;
     m_lastPosition = m_lastIndex > 0 ? m_lastIndex : -1.0;

@@ -132,14 +132,15 @@ std::vector<double> GrowingPattern::values() const
     return {m_buffers.values, m_buffers.values + m_buffers.size};
 }
 
-std::vector<double> GrowingPattern::trimmed(double threshold) const
+void GrowingPattern::appendTrimmed(
+    double threshold, std::vector<std::vector<double>> *patterns) const
 {
     int size = m_buffers.size;
     while (size > 0 && m_buffers.values[size - 1] < threshold)
         --size;
     if (size == 0)
         warnOfEmptiness();
-    return {m_buffers.values, m_buffers.values + size};
+    patterns->emplace_back(m_buffers.values, m_buffers.values + size);
 }
 
 } // namespace vex::detail

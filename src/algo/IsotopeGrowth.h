@@ -41,8 +41,8 @@ public:
     /// A copy of the pattern.
     std::vector<double> values() const;
 
-    /// A copy of the pattern after memoryTrim(); the pattern itself stays.
-    std::vector<double> trimmed(double threshold) const;
+    /// Appends a copy of the pattern after memoryTrim(); the pattern itself stays.
+    void appendTrimmed(double threshold, std::vector<std::vector<double>> *patterns) const;
 
 private:
     static constexpr int kFront = 8; // zeros in front, a cache line of them; as much room behind
