@@ -317,7 +317,8 @@ public:
 private:
     static QString trimText(double trim)
     {
-        return u"end with the last share of at least %1 of the signal"_s.arg(exactNumber(trim));
+        return u"end with the last share of at least %1 % of the signal"_s.arg(
+            QString::number(100.0 * trim, 'g', 6));
     }
 
     /// Two digits, which make good steps.
