@@ -25,6 +25,7 @@ public:
     /// Refers to a file type.
     using TypeRef = ExtendableEnumRef<FileTypeData>;
 
+    // NOLINTBEGIN(readability-identifier-naming): names given by the interface
     static const Type Invalid; ///< no known type; a file without a suffix matches it
     static const Type JPG; ///< picture
     static const Type PDF; ///< document
@@ -74,6 +75,7 @@ public:
     static const Type TEMPLATEEDITORSCRIPT; ///< script
     static const Type THERMO_CSV; ///< table
     static const Type TSV; ///< table
+    // NOLINTEND(readability-identifier-naming)
 
     /// The type's name.
     static QString typeToString(TypeRef type);

@@ -57,6 +57,7 @@ private:
         for (int i = 0; i < kAhead; ++i) {
             for (std::size_t element = 0; element < kPadded; ++element) {
                 const double atoms = (first + i) * m_spacing * m_fractions[element] / m_atomMass;
+                // NOLINTNEXTLINE(bugprone-incorrect-roundings): given by the interface
                 targets[std::size_t(i)][element] = static_cast<int>(atoms + 0.5);
             }
         }

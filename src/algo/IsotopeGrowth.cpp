@@ -73,7 +73,7 @@ void GrowingPattern::reserve(int size)
         return;
     const std::vector<double> before = values();
     m_room = std::max(2 * size, 256) / kFront * kFront;
-    const auto stride = static_cast<std::size_t>(kFront + m_room + kFront);
+    const std::size_t stride = std::size_t(m_room) + 2 * std::size_t(kFront);
     m_storage.assign(2 * stride + kFront, 0.0);
     void *start = m_storage.data();
     std::size_t space = m_storage.size() * sizeof(double);
