@@ -55,10 +55,12 @@ bool isClose(double p, double q)
     return std::fabs(p - q) <= kZero * std::max({1.0, std::fabs(p), std::fabs(q)});
 }
 
-/// True when the fast ways below may be taken.
+/// True when the fast ways below may be taken: ascending and finite, so that nothing computed from
+/// the positions is NaN.
 bool isAscending(const Points &points)
 {
-    bool result = points.isEmpty() || points.constFirst().x() == points.constFirst().x();
+    bool result = points.isEmpty()
+        || (std::isfinite(points.constFirst().x()) && std::isfinite(points.constLast().x()));
     for (qsizetype i = 1; i < points.size() && result; ++i)
         result = points[i - 1].x() <= points[i].x(); // false for NaN
     return result;

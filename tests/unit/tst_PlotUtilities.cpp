@@ -44,6 +44,8 @@ PlotBase randomPlot(QRandomGenerator *random, bool isOdd)
         const double odd[] = {kNaN, kInf, -kInf, 1e200, -1.0};
         QPointF &point = plot.points()[random->bounded(size)];
         (random->bounded(2) ? point.rx() : point.ry()) = odd[random->bounded(5)];
+        if (size > 1 && random->bounded(3) == 0) // ascending, and with a gap that is no number
+            plot.points()[0].rx() = plot.points()[1].rx() = -kInf;
     }
     return plot;
 }
