@@ -1,0 +1,427 @@
+#include <vex/FileUtilsGeneric.h>
+
+#include "FolderMove.h"
+#include "LocalPath.h"
+#include "NameCharacters.h"
+#include "detail/Companions.h"
+#include "detail/Trace.h"
+#include "platform/Folder.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QStandardPaths>
+#include <QStringDecoder>
+#include <QTemporaryFile>
+#include <QTextStream>
+
+#include <algorithm>
+#include <array>
+#include <tuple>
+
+using namespace Qt::StringLiterals;
+
+namespace vex {
+
+namespace {
+
+// Trace sites of this file, those of a move aside. The numbers are part of the interface: never
+// renumber.
+constexpr detail::TraceSource kSource{"src/FileUtilsGeneric"};
+namespace at {
+constexpr auto folderNotDeleted = kSource.line(168);
+constexpr auto pathNotCreated = kSource.line(271);
+constexpr auto fileNotCopied = kSource.line(391);
+constexpr auto noBaseForResource = kSource.line(441); // chosen here
+constexpr auto rowsNotOpened = kSource.line(442); // chosen here
+constexpr auto rowsNotRead = kSource.line(443); // chosen here
+constexpr auto fileNotOpened = kSource.line(444); // chosen here
+constexpr auto fileNotRead = kSource.line(445); // chosen here
+constexpr auto jsonNotRead = kSource.line(446); // chosen here
+} // namespace at
+
+const QList<QChar> &separators()
+{
+    static const QList<QChar> list(detail::kSeparators.begin(), detail::kSeparators.end());
+    return list;
+}
+
+/// The list without separators: what a path may not hold either.
+QList<QString> pathUnsupportedCharacters()
+{
+    QList<QString> list;
+    for (const QChar character : detail::kNotInPath)
+        list.append(character);
+    for (char16_t code = 0; code < detail::kFirstPrintable; ++code)
+        list.append(QChar(code));
+    return list;
+}
+
+const QList<QString> &unsupportedList()
+{
+    static const QList<QString> list = [] {
+        QList<QString> all(separators().begin(), separators().end());
+        return all + pathUnsupportedCharacters();
+    }();
+    return list;
+}
+
+/// Matches any one of the characters, which stand in the pattern as they are.
+QRegularExpression anyOf(QString characters)
+{
+    characters.replace(u'\\', u"\\\\"_s);
+    return QRegularExpression(u'[' + characters + u']');
+}
+
+/// A set of characters: its bit, and the pattern that decides on text that is no valid UTF-16.
+struct CharacterSet
+{
+    detail::CharacterClass bit;
+    QRegularExpression pattern;
+};
+
+const CharacterSet &notInName()
+{
+    static const CharacterSet set{detail::NotInName, anyOf(unsupportedList().join(QString()))};
+    return set;
+}
+
+const CharacterSet &notInPath()
+{
+    static const CharacterSet set{
+        detail::NotInPath, anyOf(pathUnsupportedCharacters().join(QString()))};
+    return set;
+}
+
+bool isFreeOf(const CharacterSet &set, const QString &text)
+{
+    if (text.isEmpty())
+        return false;
+    const quint16 classes = detail::classesOf(text);
+    if ((classes & detail::Surrogate) == 0 || text.isValidUtf16())
+        return (classes & set.bit) == 0;
+    return !text.contains(set.pattern);
+}
+
+QString without(const CharacterSet &set, const QString &text, const QString &replacement)
+{
+    const quint16 classes = detail::classesOf(text);
+    if ((classes & set.bit) == 0)
+        return text;
+    if ((classes & detail::Surrogate) != 0 && !text.isValidUtf16())
+        return QString(text).replace(set.pattern, replacement);
+    QString result;
+    result.reserve(text.size());
+    qsizetype taken = 0;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if ((detail::classOf(text[i]) & set.bit) == 0)
+            continue;
+        result += QStringView(text).sliced(taken, i - taken);
+        result += replacement;
+        taken = i + 1;
+    }
+    result += QStringView(text).sliced(taken);
+    return result;
+}
+
+bool hasSeparatorAt(const QString &path, qsizetype position)
+{
+    return !path.isEmpty() && separators().contains(path[position]);
+}
+
+/// True when UTF-8 text ends in the middle of a character, which decoding leaves out.
+bool endsWithinCharacter(QByteArrayView text)
+{
+    const qsizetype longest = std::min<qsizetype>(text.size(), 3); // of what can be left of one
+    for (qsizetype count = 1; count <= longest; ++count) {
+        const auto byte = static_cast<unsigned char>(text[text.size() - count]);
+        if ((byte & 0xc0) == 0x80) // not the first of its character
+            continue;
+        const int length = byte >= 0xf0 ? 4 : byte >= 0xe0 ? 3 : byte >= 0xc0 ? 2 : 1;
+        return length > count;
+    }
+    return false;
+}
+
+Result<QByteArray> contentOf(const QString &path)
+{
+    const auto failure = [&path](const QString &text, const QFile &file) {
+        return Error(ErrorCode::FileAccessError,
+            text.arg(QDir::toNativeSeparators(path), file.errorString()));
+    };
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return detail::stamped(at::fileNotOpened, Q_FUNC_INFO,
+            failure(FileUtilsGeneric::tr("Cannot open file %1 for reading: %2"), file));
+    QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return detail::stamped(at::fileNotRead, Q_FUNC_INFO,
+            failure(FileUtilsGeneric::tr("Cannot read from %1: %2"), file));
+    return bytes;
+}
+
+} // namespace
+
+QString FileUtilsGeneric::cleanPath(const QString &path, bool removeLeadingSlash)
+{
+    const QString clean = QDir::cleanPath(path);
+    return removeLeadingSlash && clean.startsWith(u'/') ? clean.sliced(1) : clean;
+}
+
+bool FileUtilsGeneric::compare(const QString &a, const QString &b)
+{
+    return QDir::cleanPath(a) == QDir::cleanPath(b);
+}
+
+QList<QChar> FileUtilsGeneric::pathSeparators()
+{
+    return separators();
+}
+
+QRegularExpression FileUtilsGeneric::pathSeparatorsRegex()
+{
+    static const QRegularExpression pattern =
+        anyOf(QString(separators().constData(), separators().size()));
+    return pattern;
+}
+
+bool FileUtilsGeneric::startsWithPathSeparator(const QString &path)
+{
+    return hasSeparatorAt(path, 0);
+}
+
+bool FileUtilsGeneric::endsWithPathSeparator(const QString &path)
+{
+    return hasSeparatorAt(path, path.size() - 1);
+}
+
+QString FileUtilsGeneric::getFileName(const QFileInfo &info)
+{
+    if (const QString name = info.fileName(); !name.isEmpty())
+        return name;
+    for (const QFileInfo &drive : QDir::drives()) {
+        if (drive.filePath() != info.filePath())
+            continue;
+        const QString path = drive.absoluteFilePath();
+        if (path.startsWith(u'/'))
+            return drive.fileName();
+        return path.endsWith(u'/') ? path.chopped(1) : path;
+    }
+    return {};
+}
+
+QString FileUtilsGeneric::defaultDownloadDir()
+{
+    return QDir::toNativeSeparators(
+        QStandardPaths::writableLocation(QStandardPaths::DownloadLocation));
+}
+
+Result<QString> FileUtilsGeneric::createFilePathForLocalResource(
+    const QString &base, const QString &name)
+{
+    const QFileInfo info(base);
+    if (info.isFile())
+        return info.dir().filePath(name);
+    if (info.isDir())
+        return QDir(base).filePath(name);
+    return detail::stamped(at::noBaseForResource, Q_FUNC_INFO,
+        Error(ErrorCode::GeneralFailure, tr("Cannot create path for local reference.")));
+}
+
+QList<QString> FileUtilsGeneric::unsupportedCharacters()
+{
+    return unsupportedList();
+}
+
+bool FileUtilsGeneric::isValidFileName(const QString &name)
+{
+    return isFreeOf(notInName(), name);
+}
+
+bool FileUtilsGeneric::isValidFilePath(const QString &path)
+{
+    return isFreeOf(notInPath(), path);
+}
+
+bool FileUtilsGeneric::isValidLocalPath(const QString &path)
+{
+    const detail::LocalPath local(path);
+    return !local.problem
+        && std::all_of(local.parts.begin(), local.parts.end(),
+            [](const QString &part) { return isValidFileName(part); });
+}
+
+QString FileUtilsGeneric::validFileName(const QString &name, const QString &replacement)
+{
+    return without(notInName(), name, replacement);
+}
+
+QString FileUtilsGeneric::validFileName(const QString &name, const QChar &replacement)
+{
+    return validFileName(name, QString(replacement));
+}
+
+QString FileUtilsGeneric::validFilePath(const QString &path, const QString &replacement)
+{
+    return without(notInPath(), path, replacement);
+}
+
+QString FileUtilsGeneric::validFilePath(const QString &path, const QChar &replacement)
+{
+    return validFilePath(path, QString(replacement));
+}
+
+QString FileUtilsGeneric::createRandomFileName(const QString &nameTemplate, bool checkExists)
+{
+    QString name;
+    do {
+        QRandomGenerator generator; // Deliberate: with its own seed, 1, every time
+        name = nameTemplate.arg(generator.generate(), 0, 10, QChar(u' '));
+    } while (checkExists && QFileInfo::exists(name));
+    return name;
+}
+
+PathImpl<PathType::File> FileUtilsGeneric::tempFileName()
+{
+    QTemporaryFile file;
+    file.setAutoRemove(false);
+    std::ignore = file.open(); // the path is empty when that fails
+    return PathImpl<PathType::File>(file.fileName());
+}
+
+qint64 FileUtilsGeneric::contentSize(const QString &path)
+{
+    const QFileInfo info(path);
+    return info.isDir() ? FileUtils::dirSize(path) : info.size();
+}
+
+Error FileUtilsGeneric::copyFile(const QString &source, const QString &destination)
+{
+    QFile file(source);
+    if (file.copy(destination))
+        return ErrorCode::NoError;
+    Error error(ErrorCode::GeneralFailure,
+        QObject::tr("Can't copy \"%1\" to \"%2\"").arg(source, destination));
+    error.addWarning(file.errorString());
+    return detail::stamped(at::fileNotCopied, Q_FUNC_INFO, std::move(error));
+}
+
+Error FileUtilsGeneric::mkPath(const QString &path)
+{
+    if (!path.isEmpty() && QDir().mkpath(path))
+        return ErrorCode::NoError;
+    return detail::stamped(at::pathNotCreated, Q_FUNC_INFO,
+        Error(ErrorCode::GeneralFailure, tr("Cannot create path: %1").arg(path)));
+}
+
+Error FileUtilsGeneric::moveDirectory(
+    const QString &source, const QString &destination, bool removeSource)
+{
+    return moveDirectory(source, destination, removeSource, nullptr);
+}
+
+Error FileUtilsGeneric::moveDirectory(const QString &source, const QString &destination,
+    bool removeSource, MoveReport *report, const MoveProgressCallback &progress)
+{
+    return detail::FolderMove(report, progress).run(source, destination, removeSource);
+}
+
+bool FileUtilsGeneric::removeDirectoryIfEmpty(const QString &path)
+{
+    const QDir folder(path);
+    if (!folder.exists() || !folder.isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot))
+        return true;
+    const QString absolute = folder.absolutePath();
+    if (folder.rmdir(absolute))
+        return true;
+    detail::logAt(at::folderNotDeleted, Q_FUNC_INFO)
+        .warning("Unable to delete canceled directory: %s", qUtf8Printable(absolute));
+    return false;
+}
+
+QList<QString> FileUtilsGeneric::getFolderContent(const QString &path, FileSearchOptions options)
+{
+    static constexpr std::array kFilters{
+        std::pair(Files, QDir::Files),
+        std::pair(Folders, QDir::Dirs),
+        std::pair(NoDotAndDotDot, QDir::NoDotAndDotDot),
+    };
+    QDir::Filters filters;
+    for (const auto &[option, filter] : kFilters)
+        filters |= options.testFlag(option) ? filter : QDir::Filters();
+    if (!filters)
+        filters = QDir::NoFilter;
+    const auto flags =
+        options.testFlag(Subfolders) ? QDirIterator::Subdirectories : QDirIterator::NoIteratorFlags;
+    QList<QString> paths = detail::folderContent(path, filters, flags);
+    paths.removeOne(path);
+    return paths;
+}
+
+Result<QList<QString>> FileUtilsGeneric::readFileRows(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return detail::stamped(at::rowsNotOpened, Q_FUNC_INFO,
+            Error(ErrorCode::FileAccessError,
+                tr("Unable to open file: %1: %2").arg(path, file.errorString())));
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return detail::stamped(at::rowsNotRead, Q_FUNC_INFO,
+            Error(ErrorCode::FileAccessError,
+                tr("Cannot read from %1: %2").arg(path, file.errorString())));
+    const auto encoding = QStringConverter::encodingForData(bytes).value_or(QStringConverter::Utf8);
+    QString text = QStringDecoder(encoding)(bytes);
+    // The stream gets all of the text at once: on the file itself it takes a failure for the end,
+    // and the square of a line's length in time on Windows.
+    QTextStream stream(&text, QIODevice::ReadOnly);
+    QList<QString> rows;
+    qsizetype firstBroken = 0; // from 1
+    for (QString row; stream.readLineInto(&row);) {
+        rows.append(row);
+        if (firstBroken == 0 && row.contains(QChar::ReplacementCharacter))
+            firstBroken = rows.size();
+    }
+    if (firstBroken == 0 && encoding == QStringConverter::Utf8 && endsWithinCharacter(bytes))
+        firstBroken = rows.size();
+    Result<QList<QString>> result(std::move(rows));
+    if (firstBroken > 0)
+        result.addWarning(tr("%1, line %2: bytes that are no text were left out or read as U+FFFD")
+                              .arg(path)
+                              .arg(firstBroken));
+    return result;
+}
+
+Result<QJsonArray> FileUtilsGeneric::readJsonArrayFromFile(const QString &path)
+{
+    auto bytes = contentOf(path);
+    if (bytes.hasError())
+        return detail::stamped(at::jsonNotRead, Q_FUNC_INFO, std::move(bytes).error());
+    return JsonUtils::arrayFromJson(bytes.value());
+}
+
+bool FileUtilsGeneric::readJsonObjectFromFile(
+    const QString &path, QJsonObject *object, QList<QString> *errors)
+{
+    const auto fail = [errors](const Error &error) {
+        if (errors)
+            errors->append(error.errorMessages());
+        return false;
+    };
+    const auto bytes = contentOf(path);
+    if (bytes.hasError())
+        return fail(bytes.error());
+    auto parsed = JsonUtils::objectFromJson(bytes.value());
+    if (parsed.hasError())
+        return fail(parsed.error());
+    *object = std::move(parsed).value();
+    return true;
+}
+
+QString FileUtilsGeneric::tr(const char *sourceText, const char *disambiguation, int count)
+{
+    return QCoreApplication::translate("FileUtilsGeneric", sourceText, disambiguation, count);
+}
+
+} // namespace vex

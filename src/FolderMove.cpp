@@ -1,0 +1,251 @@
+#include "FolderMove.h"
+
+#include <vex/FileUtilsGeneric.h>
+
+#include "detail/Companions.h"
+#include "detail/Trace.h"
+#include "platform/Folder.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QObject>
+
+using namespace Qt::StringLiterals;
+
+namespace vex::detail {
+
+namespace {
+
+// Trace sites of a move. The numbers are part of the interface: never renumber.
+constexpr TraceSource kSource{"src/FileUtilsGeneric"};
+namespace at {
+constexpr auto sourceMissing = kSource.line(403);
+constexpr auto destinationNotCreated = kSource.line(414);
+constexpr auto subfolderNotMoved = kSource.line(426);
+constexpr auto fileNotCopied = kSource.line(430);
+constexpr auto fileNotRemoved = kSource.line(433);
+constexpr auto folderNotRemoved = kSource.line(439);
+constexpr auto cancelled = kSource.line(440); // chosen here
+} // namespace at
+
+using Step = MoveReport::Step;
+
+Error failure(const QString &text, const QString &reason = {})
+{
+    Error error(ErrorCode::FileAccessError, text);
+    if (!reason.isEmpty())
+        error.addWarning(reason);
+    return error;
+}
+
+/// Where @p path leads, or would lead if it existed, by way of symbolic links.
+QString realPath(const QString &path)
+{
+    QString missing;
+    for (QFileInfo info(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));;
+         info = QFileInfo(info.path())) {
+        if (const QString real = info.canonicalFilePath(); !real.isEmpty())
+            return missing.isEmpty() ? real : QDir(real).filePath(missing);
+        if (info.isRoot())
+            return path; // such as a drive that is not there
+        missing = missing.isEmpty() ? info.fileName() : info.fileName() + u'/' + missing;
+    }
+}
+
+bool isSame(const QString &folder, const QString &other)
+{
+    return realPath(folder) == realPath(other);
+}
+
+bool isBelow(const QString &path, const QString &folder)
+{
+    const QString real = realPath(folder);
+    return realPath(path).startsWith(real.endsWith(u'/') ? real : real + u'/');
+}
+
+/// Copies a file; what is wrong unless the copy is complete. Nothing is left of one that is not.
+QString copyProblem(const QString &source, const QString &destination)
+{
+    const QFileInfo before(source);
+    if (!before.isFile()) // a link to a device: reading it might never end
+        return FileUtilsGeneric::tr("It is neither a file nor a folder");
+    const qint64 size = before.size();
+    const QDateTime modified = before.lastModified();
+    QFile file(source);
+    if (!file.copy(destination))
+        return file.errorString();
+    const QFileInfo after(source);
+    if (QFileInfo(destination).size() == size && after.size() == size
+        && after.lastModified() == modified) {
+        keepModificationTime(source, destination);
+        return {};
+    }
+    QFile::remove(destination);
+    return FileUtilsGeneric::tr("The file changed while it was copied");
+}
+
+/// What moving the files below a folder takes, one after the other.
+MoveProgress amountOf(const QString &folder)
+{
+    MoveProgress amount;
+    for (const QString &file : folderContent(folder, QDir::Files, QDirIterator::Subdirectories)) {
+        amount.bytesTotal += QFileInfo(file).size();
+        ++amount.filesTotal;
+    }
+    return amount;
+}
+
+} // namespace
+
+FolderMove::FolderMove(MoveReport *report, const MoveProgressCallback &progress)
+    : m_report(report)
+    , m_progress(progress)
+{
+}
+
+Error FolderMove::run(const QString &source, const QString &destination, bool removeSource)
+{
+    m_source = QDir::cleanPath(source);
+    if (m_report)
+        m_report->steps.clear();
+    Error error = moveFolder(source, destination, removeSource);
+    if (m_report)
+        noteLeftBehind();
+    if (m_progress) {
+        m_state.path.clear();
+        m_progress(m_state);
+    }
+    return error;
+}
+
+Error FolderMove::moveFolder(const QString &source, const QString &destination, bool removeSource)
+{
+    // an empty path would be the working folder
+    if (source.isEmpty() || !QDir(source).exists()) {
+        const QString text = QObject::tr("Source directory %1 doesn't exist").arg(source);
+        return stamped(at::sourceMissing, Q_FUNC_INFO, failure(text));
+    }
+    if (renameFolder(source, destination))
+        return ErrorCode::NoError;
+    if (!makeFolder(source, destination)) {
+        const QString text = QObject::tr("Cannot create folder %1").arg(destination);
+        return stamped(at::destinationNotCreated, Q_FUNC_INFO, failure(text));
+    }
+
+    const QList<QString> names =
+        QDir(source).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::NoSort);
+    for (const QString &name : names) {
+        const QString from = QDir::cleanPath(source + QDir::separator() + name);
+        const QString to = QDir::cleanPath(destination + QDir::separator() + name);
+        if (!goesOn(from)) {
+            const QString text = FileUtilsGeneric::tr("Moving %1 was cancelled").arg(m_source);
+            return stamped(at::cancelled, Q_FUNC_INFO, Error(ErrorCode::GeneralFailure, text));
+        }
+        if (QFileInfo(from).isDir()) {
+            // Deliberate: what stays behind in a subfolder is no error, whatever the caller wants.
+            if (Error error = moveFolder(from, to, false); error.hasError())
+                return stamped(at::subfolderNotMoved, Q_FUNC_INFO, std::move(error));
+        } else if (Error error = moveFile(from, to, removeSource); error.hasError()) {
+            return error;
+        }
+    }
+
+    // an empty folder may be its own destination
+    if (!isSame(source, destination) && QDir().rmdir(source)) {
+        note({Step::Deleted, true, QDir::cleanPath(source), QDir::cleanPath(destination), 0, {}});
+        return ErrorCode::NoError;
+    }
+    if (!removeSource)
+        return ErrorCode::NoError;
+    const QString text = QObject::tr("Cannot remove %1").arg(source);
+    return stamped(at::folderNotRemoved, Q_FUNC_INFO, failure(text));
+}
+
+bool FolderMove::renameFolder(const QString &source, const QString &destination)
+{
+    // Qt logs a failure of its own when the folder above is a file
+    if (destination.isEmpty() || !QFileInfo(destination).dir().exists()
+        || !QDir().rename(source, destination))
+        return false;
+    if (m_report)
+        note({Step::Renamed, true, QDir::cleanPath(source), QDir::cleanPath(destination),
+            FileUtils::dirSize(destination), {}});
+    if (m_isMeasured) {
+        const MoveProgress amount = amountOf(destination);
+        m_state.bytesDone += amount.bytesTotal;
+        m_state.filesDone += amount.filesTotal;
+    }
+    return true;
+}
+
+bool FolderMove::makeFolder(const QString &source, const QString &destination)
+{
+    // an empty path would be the root; a folder below the source would be moved into itself
+    if (destination.isEmpty() || isBelow(destination, source))
+        return false;
+    if (QDir(destination).exists())
+        return true;
+    if (!QDir().mkpath(destination))
+        return false;
+    // others must not see more than before; our own files have to get in
+    QFile::setPermissions(destination,
+        QFile::permissions(source) | QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    note({Step::Created, true, QDir::cleanPath(source), QDir::cleanPath(destination), 0, {}});
+    return true;
+}
+
+Error FolderMove::moveFile(const QString &source, const QString &destination, bool removeSource)
+{
+    if (const QString problem = copyProblem(source, destination); !problem.isEmpty()) {
+        m_kept.insert(source, {{}, problem});
+        const QString text = QObject::tr("Cannot copy %1 to %2").arg(source, destination);
+        return stamped(at::fileNotCopied, Q_FUNC_INFO, failure(text, problem));
+    }
+    const qint64 bytes = QFileInfo(destination).size();
+    note({Step::Copied, false, source, destination, bytes, {}});
+    m_state.bytesDone += bytes;
+    ++m_state.filesDone;
+    QFile file(source);
+    if (file.remove()) {
+        note({Step::Deleted, false, source, destination, bytes, {}});
+        return ErrorCode::NoError;
+    }
+    m_kept.insert(source, {destination, file.errorString()});
+    if (!removeSource)
+        return ErrorCode::NoError;
+    const QString text = QObject::tr("Cannot remove %1").arg(source);
+    return stamped(at::fileNotRemoved, Q_FUNC_INFO, failure(text, file.errorString()));
+}
+
+void FolderMove::note(const Step &step)
+{
+    if (m_report)
+        m_report->steps.append(step);
+}
+
+void FolderMove::noteLeftBehind()
+{
+    const QFileInfo source(m_source);
+    if (!source.isDir())
+        return;
+    note({Step::LeftBehind, true, m_source, {}, 0, {}});
+    for (const FolderEntry &entry : everythingBelow(m_source)) {
+        const Kept kept = m_kept.value(entry.path);
+        note({Step::LeftBehind, entry.isFolder, entry.path, kept.copy, entry.bytes, kept.reason});
+    }
+}
+
+bool FolderMove::goesOn(const QString &source)
+{
+    if (!m_progress)
+        return true;
+    if (!m_isMeasured)
+        m_state = amountOf(m_source);
+    m_isMeasured = true;
+    m_state.path = source;
+    return m_progress(m_state);
+}
+
+} // namespace vex::detail

@@ -1,0 +1,701 @@
+#include "ErrorTrace.h"
+#include "PlainFileNames.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTranslator>
+
+#include <memory>
+
+#include <vex/FileUtilsGeneric.h>
+#include <vex/PathCheck.h>
+
+#if defined(Q_OS_UNIX)
+#    include <thread>
+
+#    include <fcntl.h>
+#    include <sys/stat.h>
+#    include <unistd.h>
+#else
+#    include <windows.h>
+#endif
+
+using namespace Qt::StringLiterals;
+using vex::FileUtilsGeneric;
+using vex::PathCheck;
+using vex::test::ErrorReport;
+using vex::test::reportOf;
+
+namespace {
+
+constexpr bool onWindows()
+{
+#if defined(Q_OS_WIN)
+    return true;
+#else
+    return false;
+#endif
+}
+
+/// Mostly characters that matter, all planes and halves of pairs among them.
+QString randomText(QRandomGenerator *random)
+{
+    static const QString interesting = u"/\\|<>:\"?*.ab \u00e9\u4e2d~"_s;
+    QString text;
+    for (quint32 n = random->bounded(12U); n > 0; --n) {
+        switch (random->bounded(8)) {
+        case 0:
+            text += QChar(static_cast<char16_t>(random->bounded(34))); // control characters
+            break;
+        case 1:
+            text += QChar::fromUcs4(0x10000 + random->bounded(0xfffff));
+            break;
+        case 2:
+            if (random->bounded(4) == 0) // seldom: it ends the test of a text
+                text += QChar(static_cast<char16_t>(0xd800 + random->bounded(0x800)));
+            break;
+        default:
+            text += interesting[random->bounded(int(interesting.size()))];
+        }
+    }
+    return text;
+}
+
+QString found(const PathCheck &check)
+{
+    static constexpr std::array kNames{"empty", "character", "drive", "server", "invalid",
+        "untested", "reserved", "end", "long name", "long path"};
+    QStringList all;
+    for (const PathCheck::Finding &finding : check.findings)
+        all += u"%1%2 %3+%4"_s.arg(QLatin1StringView(finding.isReason() ? "" : "~"),
+            QLatin1StringView(kNames[finding.kind]), QString::number(finding.position),
+            QString::number(finding.length));
+    return all.join(", "_L1);
+}
+
+/// What a move did, one word and path for each step.
+QStringList stepsOf(const vex::MoveReport &report, const QString &root)
+{
+    static constexpr std::array kNames{"renamed", "created", "copied", "deleted", "left"};
+    QStringList steps;
+    for (const vex::MoveReport::Step &step : report.steps)
+        steps += u"%1 %2 %3"_s.arg(QLatin1StringView(kNames[step.kind]),
+            step.source.sliced(root.size() + 1), QString::number(step.bytes));
+    return steps;
+}
+
+} // namespace
+
+class TestFileUtilsGeneric : public QObject
+{
+    Q_OBJECT
+
+private:
+    QString at(const QString &name) const { return m_folder->filePath(name); }
+    void write(const QString &name, const QByteArray &content)
+    {
+        QVERIFY(QDir().mkpath(QFileInfo(at(name)).path()));
+        QFile file(at(name));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(content), content.size());
+    }
+    QByteArray read(const QString &name) const
+    {
+        QFile file(at(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("none");
+    }
+    /// Writes a file whose name begins with a point, and hides it where that does not.
+    void writeHidden(const QString &name, const QByteArray &content)
+    {
+        write(name, content);
+#if defined(Q_OS_WIN)
+        QVERIFY(SetFileAttributesW(at(name).toStdWString().c_str(), FILE_ATTRIBUTE_HIDDEN));
+#endif
+    }
+    /// Every file below a folder as "path=content".
+    QStringList tree(const QString &name) const
+    {
+        QStringList files;
+        QDirIterator all(at(name), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        while (all.hasNext()) {
+            const QString path = QDir(m_folder->path()).relativeFilePath(all.next());
+            files += path + u'=' + QString::fromUtf8(read(path));
+        }
+        files.sort();
+        return files;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+
+private Q_SLOTS:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+    }
+
+    void pathsAreCleanedAndCompared_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("clean");
+        QTest::addColumn<QString>("withoutSlash");
+        QTest::newRow("empty") << u""_s << u""_s << u""_s;
+        QTest::newRow("separators") << u"/a//b/"_s << u"/a/b"_s << u"a/b"_s;
+        QTest::newRow("root") << u"/"_s << u"/"_s << u""_s;
+        QTest::newRow("dots") << u"./a/../b/."_s << u"b"_s << u"b"_s;
+        QTest::newRow("above") << u"../a"_s << u"../a"_s << u"../a"_s;
+        QTest::newRow("server") << u"//srv/x"_s
+                                << QString::fromLatin1(onWindows() ? "//srv/x" : "/srv/x")
+                                << QString::fromLatin1(onWindows() ? "/srv/x" : "srv/x");
+        QTest::newRow("backslashes")
+            << u"a\\b\\"_s << QString::fromLatin1(onWindows() ? "a/b" : "a\\b\\")
+            << QString::fromLatin1(onWindows() ? "a/b" : "a\\b\\");
+    }
+    void pathsAreCleanedAndCompared()
+    {
+        QFETCH(QString, path);
+        QFETCH(QString, clean);
+        QCOMPARE(FileUtilsGeneric::cleanPath(path, false), clean);
+        QTEST(FileUtilsGeneric::cleanPath(path, true), "withoutSlash");
+        QVERIFY(FileUtilsGeneric::compare(path, clean));
+        QVERIFY(!FileUtilsGeneric::compare(u"C:/A"_s, u"c:/a"_s));
+    }
+
+    void charactersAndPatterns()
+    {
+        QString all = FileUtilsGeneric::unsupportedCharacters().join(QString());
+        QCOMPARE(all.size(), 41);
+        QCOMPARE(all.first(9), u"/\\|<>:\"?*"_s);
+        for (char16_t code = 0; code < 32; ++code)
+            QCOMPARE(all[9 + code], QChar(code));
+        QCOMPARE(FileUtilsGeneric::pathSeparatorsRegex().pattern(), u"[/\\\\]"_s);
+        QCOMPARE(FileUtilsGeneric::pathSeparators(), (QList<QChar>{u'/', u'\\'}));
+        QVERIFY(FileUtilsGeneric::startsWithPathSeparator(u"\\a"_s)
+            && FileUtilsGeneric::endsWithPathSeparator(u"a/"_s)
+            && !FileUtilsGeneric::startsWithPathSeparator(u"a/"_s)
+            && !FileUtilsGeneric::endsWithPathSeparator(QString()));
+        QCOMPARE(FileUtilsGeneric::validFileName(u"a<b>c"_s, u"_"_s), u"a_b_c"_s);
+        QCOMPARE(FileUtilsGeneric::validFileName(u"a\0b\n"_s, u"\\1"_s), u"a\\1b\\1"_s);
+        QCOMPARE(FileUtilsGeneric::validFilePath(u"x/y?z"_s, QChar(u'-')), u"x/y-z"_s);
+        QCOMPARE(FileUtilsGeneric::validFilePath(u"x\\y*"_s, QString()), u"x\\y"_s);
+    }
+
+    void validity_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("expected"); // of name, path and local path
+        QTest::addColumn<QString>("onWindows"); // where it differs
+        const auto row = [](const QString &text, const char *expected, const char *onWindows = "") {
+            QTest::newRow(qPrintable(QString(text).replace(QChar::Null, "(nul)"_L1)))
+                << text << QString::fromLatin1(expected) << QString::fromLatin1(onWindows);
+        };
+        row(u""_s, "---");
+        row(u"a"_s, "+++");
+        row(u"a:b"_s, "---");
+        row(u"a/b"_s, "-++");
+        row(u"a\tb"_s, "---");
+        row(u"a\0"_s, "---");
+        row(u"a/b\\c"_s, "-+-", "-++");
+        row(u"a?b"_s, "---");
+        row(u"/"_s, "-++");
+        row(u"//"_s, "-++");
+        row(u"///"_s, "-++", "-+-");
+        row(u"C:"_s, "--+");
+        row(u"1:"_s, "--+");
+        row(u"CC:/x"_s, "---");
+        row(u":/x"_s, "---");
+        row(u"C:/dir/file.txt"_s, "--+");
+        row(u"C:/a:b"_s, "---");
+        row(u"//server/share/x"_s, "-++");
+        row(u"\\\\server\\share"_s, "-+-", "-++");
+        row(u"//server/sha|re"_s, "---");
+        row(u"//C:/x"_s, "--+"); // deliberate: a drive behind "//" is one
+        row(u"NUL. "_s, "+++"); // advice only
+        row(u"a/b"_s + QChar(0xd800), "+++");
+        row(u"\U0001F600<"_s, "---");
+    }
+    void validity()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, expected);
+        QFETCH(QString, onWindows);
+        const auto mark = [](bool isValid) { return isValid ? u'+' : u'-'; };
+        QCOMPARE(QString() + mark(FileUtilsGeneric::isValidFileName(text))
+                + mark(FileUtilsGeneric::isValidFilePath(text))
+                + mark(FileUtilsGeneric::isValidLocalPath(text)),
+            ::onWindows() && !onWindows.isEmpty() ? onWindows : expected);
+    }
+
+    /// Tables and reasons give the answers of the patterns, whatever the text.
+    void answersAreThoseOfThePatterns()
+    {
+        QRandomGenerator random(20);
+        for (int i = 0; i < 1000000; ++i) {
+            const QString text = randomText(&random);
+            const bool isName = FileUtilsGeneric::isValidFileName(text);
+            const bool isPath = FileUtilsGeneric::isValidFilePath(text);
+            const QString replacement = i % 2 == 0 ? u"_"_s : QString();
+            bool isEqual = isName == plain::isValidFileName(text)
+                && isPath == plain::isValidFilePath(text)
+                && FileUtilsGeneric::validFileName(text, replacement)
+                    == plain::validFileName(text, replacement)
+                && FileUtilsGeneric::validFilePath(text, replacement)
+                    == plain::validFilePath(text, replacement);
+            if (i % 10 == 0)
+                isEqual = isEqual && PathCheck::ofFileName(text).isValid() == isName
+                    && PathCheck::ofFilePath(text).isValid() == isPath
+                    && PathCheck::ofLocalPath(text).isValid()
+                        == FileUtilsGeneric::isValidLocalPath(text);
+            QVERIFY2(isEqual, qPrintable(u"%1: %2"_s.arg(i).arg(text)));
+        }
+    }
+
+    void reasonsHaveTheirPlace_data()
+    {
+        QTest::addColumn<QString>("findings");
+        QTest::addColumn<QString>("expected");
+        const auto name = [](const char *row, const QString &text, const char *expected) {
+            QTest::newRow(row) << found(PathCheck::ofFileName(text))
+                               << QString::fromLatin1(expected);
+        };
+        name("empty", u""_s, "empty 0+0");
+        name("all reasons", u"a<b\t/"_s, "character 1+1, character 3+1, character 4+1");
+        name("half a pair", u"a:\U0001F600"_s + QChar(0xdc00), "~untested 1+1, ~invalid 4+1");
+        name("device", u"nul.tar.gz"_s, "~reserved 0+10");
+        name("device with superscript", u"Com\u00b9"_s, "~reserved 0+4");
+        name("no device", u"nully"_s, "");
+        name("no device either", u"com10"_s, "");
+        name("end", u"a. . "_s, "~end 1+4");
+        name("device with end", u"CON ."_s, "~reserved 0+5, ~end 3+2");
+        name("long", QString(256, u'a'), "~long name 0+256");
+        name("long in bytes", QString(128, u'\u00e9'), "~long name 0+128");
+        QTest::newRow("path: each part") << found(PathCheck::ofFilePath(u"aux/b?\\.. /."_s))
+                                         << u"~reserved 0+3, character 5+1, ~end 7+3"_s;
+        QTest::newRow("path: long")
+            << found(PathCheck::ofFilePath(u"/"_s + QString(260, u'/'))) << u"~long path 0+261"_s;
+        const auto local = [](const char *row, const QString &text, const char *expected) {
+            QTest::newRow(row) << found(PathCheck::ofLocalPath(text))
+                               << QString::fromLatin1(expected);
+        };
+        local("local: places are those of the cleaned path", u"/x//../b:c/"_s, "character 2+1");
+        local("local: no drive", u"CC:/a*/b"_s, "drive 0+3, character 5+1");
+        local("local: all parts", u"C:/a|/b./c|"_s, "character 4+1, ~end 7+1, character 10+1");
+    }
+    void reasonsHaveTheirPlace()
+    {
+        QFETCH(QString, findings);
+        QTEST(findings, "expected");
+    }
+
+    void namesOfFiles()
+    {
+        QCOMPARE(FileUtilsGeneric::getFileName(QFileInfo(u"C:/x.txt"_s)), u"x.txt"_s);
+        QCOMPARE(FileUtilsGeneric::getFileName(QFileInfo(u"C:/"_s)),
+            QString::fromLatin1(onWindows() ? "C:" : ""));
+        QCOMPARE(FileUtilsGeneric::getFileName(QFileInfo(u"/"_s)), QString());
+        for (int i = 0; i < 2; ++i)
+            QCOMPARE(FileUtilsGeneric::createRandomFileName(u"tmp_%1.txt"_s, i == 1),
+                u"tmp_853323747.txt"_s);
+        QVERIFY(QDir(FileUtilsGeneric::defaultDownloadDir()).isAbsolute());
+
+        const QString path = FileUtilsGeneric::tempFileName().toString();
+        QCOMPARE(QFileInfo(path).size(), 0);
+        QVERIFY(QFile::remove(path)); // there, and closed
+
+        write(u"doc.html"_s, "");
+        for (const QString &base : {at(u"doc.html"_s), m_folder->path()})
+            QCOMPARE(FileUtilsGeneric::createFilePathForLocalResource(base, u"i/a.png"_s).value(),
+                at(u"i/a.png"_s));
+        QCOMPARE(
+            reportOf(FileUtilsGeneric::createFilePathForLocalResource(at(u"x"_s), u"a"_s).error()),
+            (ErrorReport{vex::GeneralFailure, u"Cannot create path for local reference."_s,
+                {u"src/FileUtilsGeneric:441"_s}}));
+    }
+
+    void messagesAreTranslated()
+    {
+        QTranslator translator;
+        QVERIFY(translator.load(QStringLiteral(VEX_SOURCE_FOLDER "/tests/data/files_de.qm")));
+        write(u"file"_s, "");
+        const QString path = at(u"file/x"_s);
+        QCOMPARE(FileUtilsGeneric::mkPath(path).message(), u"Cannot create path: "_s + path);
+        QVERIFY(QCoreApplication::installTranslator(&translator));
+        QCOMPARE(reportOf(FileUtilsGeneric::mkPath(path)),
+            (ErrorReport{vex::GeneralFailure, u"Ordner nicht angelegt: "_s + path,
+                {u"src/FileUtilsGeneric:271"_s}}));
+        QCOMPARE(FileUtilsGeneric::tr("%n file(s)", "moved", 2), u"2 Dateien bewegt"_s);
+    }
+
+    void contentOfFoldersIsThatOfQt()
+    {
+        for (const QString &name :
+            {u"d/a.txt"_s, u"d/.hidden"_s, u"d/.h/in"_s, u"d/s/s/deep \u00e9"_s, u"d/s/x"_s})
+            write(name, "12345");
+        QVERIFY(QDir().mkpath(at(u"d/empty"_s)));
+#if defined(Q_OS_UNIX)
+        const QByteArray d = QFile::encodeName(at(u"d"_s));
+        for (const auto &[target, name] : {std::pair("a.txt", "/to_file"), {"s", "/to_folder"},
+                 {"..", "/s/to_above"}, {"nowhere", "/broken"}, {"/dev/null", "/to_device"},
+                 { "fifo",
+                     "/to_fifo" }})
+            QCOMPARE(symlink(target, (d + name).constData()), 0);
+        QCOMPARE(mkfifo((d + "/fifo").constData(), 0600), 0);
+        QCOMPARE(mkdir((d + "/not utf-8 \xff").constData(), 0700), 0);
+#endif
+        for (int bits = 0; bits < 16; ++bits) {
+            const auto options = static_cast<FileUtilsGeneric::FileSearchOptions>(bits);
+            QDir::Filters filters;
+            filters.setFlag(QDir::Files, bits & 1);
+            filters.setFlag(QDir::Dirs, bits & 2);
+            filters.setFlag(QDir::NoDotAndDotDot, bits & 8);
+            for (const QString &path : {at(u"d"_s), at(u"d/"_s), at(u"d/../d"_s), at(u"none"_s)}) {
+                QDirIterator entries(path, (bits & 11) != 0 ? filters : QDir::NoFilter,
+                    (bits & 4) != 0 ? QDirIterator::Subdirectories : QDirIterator::NoIteratorFlags);
+                QStringList expected;
+                while (entries.hasNext())
+                    expected += entries.next();
+                QCOMPARE(FileUtilsGeneric::getFolderContent(path, options), expected);
+            }
+        }
+        QCOMPARE(FileUtilsGeneric::getFolderContent(
+                     at(u"d/s"_s), FileUtilsGeneric::Files | FileUtilsGeneric::Subfolders)
+                     .size(),
+            2);
+        QCOMPARE(FileUtilsGeneric::contentSize(at(u"d"_s)), 25);
+        QCOMPARE(FileUtilsGeneric::contentSize(at(u"d/a.txt"_s)), 5);
+        QCOMPARE(FileUtilsGeneric::contentSize(at(u"none"_s)), 0);
+#if defined(Q_OS_UNIX)
+        QCOMPARE(rmdir((d + "/not utf-8 \xff").constData()), 0); // Qt could not
+#endif
+    }
+
+    void emptiedFoldersAreRemoved()
+    {
+        write(u"full/a"_s, "");
+        writeHidden(u"hidden/.a"_s, "");
+        QVERIFY(QDir().mkpath(at(u"empty"_s)));
+        for (const QString &name : {u"full"_s, u"none"_s, u"empty"_s})
+            QVERIFY(FileUtilsGeneric::removeDirectoryIfEmpty(at(name)));
+        QVERIFY(!QFile::exists(at(u"empty"_s)) && QFile::exists(at(u"full/a"_s)));
+        QTest::ignoreMessage(QtWarningMsg,
+            qUtf8Printable(u"Unable to delete canceled directory: "_s + at(u"hidden"_s)));
+        QVERIFY(!FileUtilsGeneric::removeDirectoryIfEmpty(at(u"hidden"_s)));
+    }
+
+    void copies()
+    {
+        write(u"a"_s, "new");
+        write(u"b"_s, "old");
+        QVERIFY(!FileUtilsGeneric::copyFile(at(u"a"_s), at(u"c"_s)).hasError());
+        QCOMPARE(read(u"c"_s), "new");
+        const vex::Error error = FileUtilsGeneric::copyFile(at(u"a"_s), at(u"b"_s));
+        QCOMPARE(reportOf(error),
+            (ErrorReport{vex::GeneralFailure,
+                u"Can't copy \"%1\" to \"%2\""_s.arg(at(u"a"_s), at(u"b"_s)),
+                {u"src/FileUtilsGeneric:391"_s}}));
+        QVERIFY(!error.warnings().isEmpty());
+        QCOMPARE(read(u"b"_s), "old");
+    }
+
+    /// A destination that is there makes the move copy; folders that are missing there are renamed.
+    void moves()
+    {
+        const auto move = [this](const QString &to, bool removeSource, vex::MoveReport *report) {
+            return FileUtilsGeneric::moveDirectory(at(u"s"_s), at(to), removeSource, report);
+        };
+        const QStringList moved{u"d/a=1"_s, u"d/sub/b=22"_s, u"d/sub/deep/c=333"_s};
+        vex::MoveReport report;
+        const auto make = [this] {
+            write(u"s/a"_s, "1");
+            write(u"s/sub/b"_s, "22");
+            write(u"s/sub/deep/c"_s, "333");
+        };
+        make();
+        QVERIFY(!move(u"d"_s, true, &report).hasError());
+        QCOMPARE(stepsOf(report, m_folder->path()), QStringList{u"renamed s 6"_s});
+        QCOMPARE(tree(u"d"_s), moved);
+        QVERIFY(!QFile::exists(at(u"s"_s)));
+
+        QVERIFY(QDir(at(u"d"_s)).removeRecursively());
+        make();
+        QVERIFY(QDir().mkpath(at(u"d/sub"_s)));
+        QVERIFY(!move(u"d"_s, true, &report).hasError());
+        QStringList steps = stepsOf(report, m_folder->path());
+        QCOMPARE(steps.takeLast(), u"deleted s 0"_s);
+        steps.sort();
+        QCOMPARE(steps,
+            (QStringList{u"copied s/a 1"_s, u"copied s/sub/b 2"_s, u"deleted s/a 1"_s,
+                u"deleted s/sub 0"_s, u"deleted s/sub/b 2"_s, u"renamed s/sub/deep 3"_s}));
+        QCOMPARE(report.bytes(vex::MoveReport::Step::Copied), 3);
+        QCOMPARE(tree(u"d"_s), moved);
+        QVERIFY(!QFile::exists(at(u"s"_s)));
+    }
+
+    void hiddenFilesStay_data()
+    {
+        QTest::addColumn<bool>("removeSource");
+        QTest::newRow("an error") << true;
+        QTest::newRow("as wanted") << false;
+    }
+    void hiddenFilesStay()
+    {
+        QFETCH(bool, removeSource);
+        writeHidden(u"s/.hidden"_s, "1");
+        writeHidden(u"s/sub/.hidden"_s, "22");
+        write(u"s/sub/b"_s, "333");
+        QVERIFY(QDir().mkpath(at(u"d/sub"_s)));
+        vex::MoveReport report;
+        const vex::Error error =
+            FileUtilsGeneric::moveDirectory(at(u"s"_s), at(u"d"_s), removeSource, &report);
+        QCOMPARE(error.hasError(), removeSource);
+        if (removeSource)
+            QCOMPARE(reportOf(error),
+                (ErrorReport{vex::FileAccessError, u"Cannot remove "_s + at(u"s"_s),
+                    {u"src/FileUtilsGeneric:439"_s}}));
+        QCOMPARE(tree(u"s"_s), (QStringList{u"s/.hidden=1"_s, u"s/sub/.hidden=22"_s}));
+        QCOMPARE(tree(u"d"_s), QStringList{u"d/sub/b=333"_s});
+        QCOMPARE(report.count(vex::MoveReport::Step::LeftBehind), 4);
+        QCOMPARE(report.bytes(vex::MoveReport::Step::LeftBehind), 3);
+    }
+
+    /// Nothing is lost, and what has been moved can be moved back by the report.
+    void failedMoves_data()
+    {
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<QString>("destination");
+        QTest::addColumn<QString>("error"); // of paths in the temporary folder, %1
+        QTest::addColumn<QStringList>("lines");
+        QTest::newRow("no source")
+            << u"none"_s << u"d"_s << u"Source directory %1/none doesn't exist"_s
+            << QStringList{u"403"_s};
+        QTest::newRow("source is a file")
+            << u"s/a"_s << u"d"_s << u"Source directory %1/s/a doesn't exist"_s
+            << QStringList{u"403"_s};
+        QTest::newRow("destination below a file")
+            << u"s"_s << u"file/x"_s << u"Cannot create folder %1/file/x"_s
+            << QStringList{u"414"_s};
+        QTest::newRow("destination is a file")
+            << u"s"_s << u"file"_s << u"Cannot create folder %1/file"_s << QStringList{u"414"_s};
+        QTest::newRow("destination in the source")
+            << u"s"_s << u"s/sub/new/x"_s << u"Cannot create folder %1/s/sub/new/x"_s
+            << QStringList{u"414"_s};
+        QTest::newRow("name exists")
+            << u"s"_s << u"taken"_s << u"Cannot copy %1/s/sub/deep/c to %1/taken/sub/deep/c"_s
+            << QStringList{u"430"_s, u"426"_s, u"426"_s};
+        QTest::newRow("onto itself")
+            << u"s/sub/deep"_s << u"s/sub/../sub/deep"_s
+            << u"Cannot copy %1/s/sub/deep/c to %1/s/sub/deep/c"_s << QStringList{u"430"_s};
+        QTest::newRow("empty onto itself")
+            << u"s/empty"_s << u"s/empty"_s << u"Cannot remove %1/s/empty"_s
+            << QStringList{u"439"_s};
+    }
+    void failedMoves()
+    {
+        QFETCH(QString, source);
+        QFETCH(QString, destination);
+        QFETCH(QString, error);
+        QFETCH(QStringList, lines);
+        for (const QString &name :
+            {u"s/a"_s, u"s/sub/b"_s, u"s/sub/deep/c"_s, u"file"_s, u"taken/sub/deep/c"_s})
+            write(name, name.toUtf8());
+        QVERIFY(QDir().mkpath(at(u"s/empty"_s)));
+        const QStringList before = tree(u"."_s);
+        vex::MoveReport report;
+        const vex::Error failed =
+            FileUtilsGeneric::moveDirectory(at(source), at(destination), true, &report);
+        QStringList trace;
+        for (const QString &line : lines)
+            trace += u"src/FileUtilsGeneric:"_s + line;
+        QCOMPARE(reportOf(failed),
+            (ErrorReport{vex::FileAccessError, error.replace("%1"_L1, m_folder->path()), trace}));
+        // undone by the report, step by step from the last one
+        for (auto step = report.steps.crbegin(); step != report.steps.crend(); ++step) {
+            using Step = vex::MoveReport::Step;
+            if (step->kind == Step::Renamed)
+                QVERIFY(QDir().rename(step->destination, step->source));
+            else if (step->kind == Step::Created)
+                QVERIFY(QDir().rmdir(step->destination));
+            else if (step->kind == Step::Copied)
+                QVERIFY(QFile::remove(step->destination));
+            else if (step->kind == Step::Deleted)
+                QVERIFY(step->isFolder ? QDir().mkdir(step->source)
+                                       : QFile::copy(step->destination, step->source));
+        }
+        QCOMPARE(tree(u"."_s), before);
+        QVERIFY(QFile::exists(at(u"s/empty"_s)));
+    }
+
+    void emptyPathsAreNoFolders()
+    {
+        write(u"s/a"_s, "1");
+        QCOMPARE(FileUtilsGeneric::moveDirectory(QString(), at(u"d"_s), true).message(),
+            u"Source directory  doesn't exist"_s);
+        QCOMPARE(FileUtilsGeneric::moveDirectory(at(u"s"_s), QString(), true).message(),
+            u"Cannot create folder "_s);
+        QCOMPARE(tree(u"."_s), QStringList{u"s/a=1"_s});
+    }
+
+    void progressIsToldAndCancels()
+    {
+        for (int i = 0; i < 5; ++i)
+            write(u"s/%1"_s.arg(i), QByteArray(10, 'x'));
+        write(u"d/other"_s, "");
+        QList<qint64> done;
+        const auto move = [&](qsizetype calls) {
+            vex::MoveReport report;
+            done.clear();
+            return FileUtilsGeneric::moveDirectory(
+                at(u"s"_s), at(u"d"_s), true, &report, [&](const vex::MoveProgress &progress) {
+                    done.append(progress.bytesDone);
+                    if (progress.bytesTotal < 30 || progress.filesTotal < 3)
+                        return false;
+                    return done.size() < calls;
+                });
+        };
+        QCOMPARE(reportOf(move(3)),
+            (ErrorReport{vex::GeneralFailure, u"Moving %1 was cancelled"_s.arg(at(u"s"_s)),
+                {u"src/FileUtilsGeneric:440"_s}}));
+        QCOMPARE(done, (QList<qint64>{0, 10, 20, 20}));
+        QCOMPARE(tree(u"s"_s).size(), 3);
+        QVERIFY(!move(100).hasError()); // goes on
+        QCOMPARE(done, (QList<qint64>{0, 10, 20, 30}));
+        QCOMPARE(tree(u"d"_s).size(), 6);
+    }
+
+    /// What each reader makes of a file: what it holds, or the error.
+    void badFilesAreToldApart_data()
+    {
+        QTest::addColumn<QByteArray>("content"); // null: a folder
+        QTest::addColumn<QString>("rows"); // their number and the last one
+        QTest::addColumn<QString>("array");
+        QTest::addColumn<QString>("object"); // its keys
+        const QString broken = u"Invalid JSON, line %1, column %2: "_s;
+        const QString nothing = u"Invalid JSON: there is nothing"_s;
+        const auto row = [](const char *name, const QByteArray &content, const QString &rows,
+                             const QString &array, const QString &object) {
+            QTest::newRow(name) << content << rows << array << object;
+        };
+        row("empty", "", u"0 "_s, nothing, nothing);
+        row("blank", "\r\n", u"1 "_s, nothing, nothing);
+        row("object", "{\"a\":1}\r\n", u"1 {\"a\":1}"_s, u"object where an array"_s, u"a"_s);
+        row("array", "[\n1]", u"2 1]"_s, u"[1]"_s, u"array where an object"_s);
+        row("truncated", "{\n \"a\": [1,", u"2  \"a\": [1,"_s, broken.arg(2).arg(10),
+            broken.arg(2).arg(10));
+        row("NUL", QByteArray("[\0]", 3), u"1 [\0]"_s, broken.arg(1).arg(2), broken.arg(1).arg(2));
+        const QString broken1 = broken.arg(1).first(22); // Qt places it at or behind the character
+        row("not UTF-8", "ab\n\xff\n[\"", u"3 [\""_s, broken1, broken1);
+        row("cut in a character", "[\"\xe4\xb8", u"1 [\""_s, broken1, broken1);
+        row("UTF-16", QByteArray("\xff\xfe[\0]\0", 6), u"1 []"_s, broken1, broken1);
+        row("a folder", QByteArray(), u"Unable to open file: PATH: "_s,
+            u"Cannot open file NATIVE for reading: "_s, u"Cannot open file NATIVE for reading: "_s);
+    }
+    void badFilesAreToldApart()
+    {
+        QFETCH(QByteArray, content);
+        const QString path = content.isNull() ? m_folder->path() : at(u"file"_s);
+        if (!content.isNull())
+            write(u"file"_s, content);
+        const auto compare = [&path](const QString &got, const char *column) {
+            QString expected =
+                *static_cast<QString *>(QTest::qData(column, qMetaTypeId<QString>()));
+            expected.replace("PATH"_L1, path);
+            expected.replace("NATIVE"_L1, QDir::toNativeSeparators(path));
+            QVERIFY2(got.contains(expected), qPrintable(got));
+        };
+        const auto rows = FileUtilsGeneric::readFileRows(path);
+        compare(rows ? QString::number(rows.value().size()) + u' '
+                    + rows.value().value(rows.value().size() - 1)
+                     : rows.error().message(),
+            "rows");
+        QCOMPARE(
+            rows.warnings().size(), content.contains('\xb8') || content.contains("\xff\n") ? 1 : 0);
+        const auto array = FileUtilsGeneric::readJsonArrayFromFile(path);
+        compare(array
+                ? QString::fromUtf8(QJsonDocument(array.value()).toJson(QJsonDocument::Compact))
+                : array.error().message(),
+            "array");
+        QJsonObject object{{u"old"_s, 1}};
+        QList<QString> errors{u"first"_s};
+        const bool isRead = FileUtilsGeneric::readJsonObjectFromFile(path, &object, &errors);
+        QCOMPARE(object.contains("old"_L1), !isRead);
+        QCOMPARE(errors.size() > 2, !isRead); // what was there, the message, its trace
+        compare(isRead ? object.keys().join(u' ') : errors[1], "object");
+        QCOMPARE(FileUtilsGeneric::readJsonObjectFromFile(path, &object, nullptr), isRead);
+    }
+
+    /// Line ends, byte order marks and broken characters wherever they fall.
+    void rowsAreThoseOfATextStream()
+    {
+        const QList<QByteArray> pieces{"\n", "\r\n", "\r", "a", "\xe4\xb8\xad", "\xe4", "\xff\xfe",
+            "\xfe\xff", "\xef\xbb\xbf", QByteArray(1, '\0'), QByteArray(20000, 'x')};
+        QRandomGenerator random(3);
+        for (int i = 0; i < 300; ++i) {
+            QByteArray content;
+            for (quint32 n = random.bounded(9U); n > 0; --n)
+                content += pieces[random.bounded(int(pieces.size()))];
+            write(u"file"_s, content);
+            QFile file(at(u"file"_s));
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QTextStream stream(&file);
+            QStringList expected;
+            while (!stream.atEnd())
+                expected += stream.readLine();
+            // a mark or half a character alone: the stream sees the end too late
+            if (!expected.isEmpty() && expected.constLast().isNull())
+                expected.removeLast();
+            QCOMPARE(FileUtilsGeneric::readFileRows(at(u"file"_s)).value(), expected);
+        }
+    }
+
+    void longLinesAreRead()
+    {
+        const QByteArray line(100000000, 'x');
+        write(u"file"_s, line);
+        const auto rows = FileUtilsGeneric::readFileRows(at(u"file"_s));
+        QCOMPARE(rows.value().size(), 1);
+        QCOMPARE(rows.value().constFirst().size(), line.size());
+        const auto array = FileUtilsGeneric::readJsonArrayFromFile(at(u"file"_s));
+        QVERIFY(array.error().message().startsWith("Invalid JSON, line 1, column "_L1));
+    }
+
+#if defined(Q_OS_UNIX)
+    /// A failure in the middle is none of the file's ends.
+    void failedReadsAreErrors()
+    {
+        const QString path = u"/proc/self/mem"_s; // its first page cannot be read
+        QCOMPARE(reportOf(FileUtilsGeneric::readFileRows(path).error()),
+            (ErrorReport{vex::FileAccessError,
+                u"Cannot read from /proc/self/mem: Input/output error"_s,
+                { u"src/FileUtilsGeneric:443"_s }}));
+        QCOMPARE(reportOf(FileUtilsGeneric::readJsonArrayFromFile(path).error()),
+            (ErrorReport{vex::FileAccessError,
+                u"Cannot read from /proc/self/mem: Input/output error"_s,
+                { u"src/FileUtilsGeneric:445"_s,
+                    u"src/FileUtilsGeneric:446"_s }}));
+    }
+
+    void pipesAreWaitedFor()
+    {
+        const QByteArray path = QFile::encodeName(at(u"fifo"_s));
+        QCOMPARE(mkfifo(path.constData(), 0600), 0);
+        std::thread writer([&path] {
+            const int pipe = open(path.constData(), O_WRONLY); // returns once there is a reader
+            std::ignore = ::write(pipe, "[1]", 3);
+            close(pipe);
+        });
+        const auto array = FileUtilsGeneric::readJsonArrayFromFile(at(u"fifo"_s));
+        writer.join();
+        QCOMPARE(array.value(), QJsonArray{1});
+    }
+#endif
+};
+
+QTEST_GUILESS_MAIN(TestFileUtilsGeneric)
+#include "tst_FileUtilsGeneric.moc"
