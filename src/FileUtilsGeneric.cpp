@@ -330,7 +330,9 @@ Error FileUtilsGeneric::moveDirectory(const QString &source, const QString &dest
 bool FileUtilsGeneric::removeDirectoryIfEmpty(const QString &path)
 {
     const QDir folder(path);
-    if (!folder.exists() || !folder.isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot))
+    // an empty path would be the working folder
+    if (path.isEmpty() || !folder.exists()
+        || !folder.isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot))
         return true;
     const QString absolute = folder.absolutePath();
     if (folder.rmdir(absolute))
