@@ -111,18 +111,12 @@ QString without(const CharacterSet &set, const QString &text, const QString &rep
         return text;
     if ((classes & detail::Surrogate) != 0 && !text.isValidUtf16())
         return QString(text).replace(set.pattern, replacement);
-    QString result;
-    result.reserve(text.size());
-    qsizetype taken = 0;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if ((detail::classOf(text[i]) & set.bit) == 0)
-            continue;
-        result += QStringView(text).sliced(taken, i - taken);
-        result += replacement;
-        taken = i + 1;
-    }
-    result += QStringView(text).sliced(taken);
-    return result;
+    const auto replaced = set.bit == detail::NotInName ? detail::replaced<detail::NotInName>
+                                                       : detail::replaced<detail::NotInPath>;
+    if (replacement.size() == 1)
+        return replaced(text, replacement.front());
+    // no set is without U+0000, so that it can mark what the longer text replaces
+    return replaced(text, QChar::Null).replace(QChar::Null, replacement);
 }
 
 bool hasSeparatorAt(const QString &path, qsizetype position)
@@ -298,12 +292,12 @@ qint64 FileUtilsGeneric::contentSize(const QString &path)
 
 Error FileUtilsGeneric::copyFile(const QString &source, const QString &destination)
 {
-    QFile file(source);
-    if (file.copy(destination))
+    const QString problem = detail::copyWhole(source, destination);
+    if (problem.isEmpty())
         return ErrorCode::NoError;
     Error error(ErrorCode::GeneralFailure,
         QObject::tr("Can't copy \"%1\" to \"%2\"").arg(source, destination));
-    error.addWarning(file.errorString());
+    error.addWarning(problem);
     return detail::stamped(at::fileNotCopied, Q_FUNC_INFO, std::move(error));
 }
 

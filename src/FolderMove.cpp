@@ -6,7 +6,6 @@
 #include "detail/Trace.h"
 #include "platform/Folder.h"
 
-#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -44,13 +43,15 @@ Error failure(const QString &text, const QString &reason = {})
 QString realPath(const QString &path)
 {
     QString missing;
-    for (QFileInfo info(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));;
-         info = QFileInfo(info.path())) {
+    QFileInfo info(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
+    for (;;) {
         if (const QString real = info.canonicalFilePath(); !real.isEmpty())
             return missing.isEmpty() ? real : QDir(real).filePath(missing);
-        if (info.isRoot())
-            return path; // such as a drive that is not there
+        const QFileInfo above(info.path());
+        if (above.filePath() == info.filePath())
+            return path; // on a drive that is not there
         missing = missing.isEmpty() ? info.fileName() : info.fileName() + u'/' + missing;
+        info = above;
     }
 }
 
@@ -65,25 +66,18 @@ bool isBelow(const QString &path, const QString &folder)
     return realPath(path).startsWith(real.endsWith(u'/') ? real : real + u'/');
 }
 
-/// Copies a file; what is wrong unless the copy is complete. Nothing is left of one that is not.
-QString copyProblem(const QString &source, const QString &destination)
+/// Why a move does not touch something; empty when it could have.
+QString reasonToStay(const FolderEntry &entry, bool isInHidden)
 {
-    const QFileInfo before(source);
-    if (!before.isFile()) // a link to a device: reading it might never end
+    if (!entry.isText)
+        return FileUtilsGeneric::tr("Its name is no text");
+    if (entry.isHidden || isInHidden)
+        return FileUtilsGeneric::tr("It is hidden");
+    if (entry.kind == FolderEntry::Link)
+        return FileUtilsGeneric::tr("It is a symbolic link");
+    if (entry.kind == FolderEntry::Other)
         return FileUtilsGeneric::tr("It is neither a file nor a folder");
-    const qint64 size = before.size();
-    const QDateTime modified = before.lastModified();
-    QFile file(source);
-    if (!file.copy(destination))
-        return file.errorString();
-    const QFileInfo after(source);
-    if (QFileInfo(destination).size() == size && after.size() == size
-        && after.lastModified() == modified) {
-        keepModificationTime(source, destination);
-        return {};
-    }
-    QFile::remove(destination);
-    return FileUtilsGeneric::tr("The file changed while it was copied");
+    return {};
 }
 
 /// What moving the files below a folder takes, one after the other.
@@ -129,10 +123,8 @@ Error FolderMove::moveFolder(const QString &source, const QString &destination, 
     }
     if (renameFolder(source, destination))
         return ErrorCode::NoError;
-    if (!makeFolder(source, destination)) {
-        const QString text = QObject::tr("Cannot create folder %1").arg(destination);
-        return stamped(at::destinationNotCreated, Q_FUNC_INFO, failure(text));
-    }
+    if (Error error = makeFolder(source, destination); error.hasError())
+        return error;
 
     const QList<QString> names =
         QDir(source).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::NoSort);
@@ -165,9 +157,9 @@ Error FolderMove::moveFolder(const QString &source, const QString &destination, 
 
 bool FolderMove::renameFolder(const QString &source, const QString &destination)
 {
-    // Qt logs a failure of its own when the folder above is a file
-    if (destination.isEmpty() || !QFileInfo(destination).dir().exists()
-        || !QDir().rename(source, destination))
+    // Qt logs a failure of its own when the folder above is a file, or must not be searched
+    const QString above = QFileInfo(destination).path() + "/."_L1;
+    if (destination.isEmpty() || !QFileInfo::exists(above) || !QDir().rename(source, destination))
         return false;
     if (m_report)
         note({Step::Renamed, true, QDir::cleanPath(source), QDir::cleanPath(destination),
@@ -180,35 +172,51 @@ bool FolderMove::renameFolder(const QString &source, const QString &destination)
     return true;
 }
 
-bool FolderMove::makeFolder(const QString &source, const QString &destination)
+Error FolderMove::makeFolder(const QString &source, const QString &destination)
 {
-    // an empty path would be the root; a folder below the source would be moved into itself
-    if (destination.isEmpty() || isBelow(destination, source))
-        return false;
-    if (QDir(destination).exists())
-        return true;
-    if (!QDir().mkpath(destination))
-        return false;
+    if (!destination.isEmpty() && QDir(destination).exists() && !isBelow(destination, source))
+        return ErrorCode::NoError;
+    QString reason;
+    if (destination.isEmpty()) // it would be the root
+        reason = FileUtilsGeneric::tr("It has no name");
+    else if (isBelow(destination, source))
+        reason = FileUtilsGeneric::tr("It lies in the folder that is to be moved");
+    if (!reason.isEmpty() || !QDir().mkpath(destination)) {
+        const QString text = QObject::tr("Cannot create folder %1").arg(destination);
+        return stamped(at::destinationNotCreated, Q_FUNC_INFO, failure(text, reason));
+    }
     // others must not see more than before; our own files have to get in
     QFile::setPermissions(destination,
         QFile::permissions(source) | QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     note({Step::Created, true, QDir::cleanPath(source), QDir::cleanPath(destination), 0, {}});
-    return true;
+    return ErrorCode::NoError;
 }
 
 Error FolderMove::moveFile(const QString &source, const QString &destination, bool removeSource)
 {
-    if (const QString problem = copyProblem(source, destination); !problem.isEmpty()) {
+    const QFileInfo before(source);
+    const QString stateBefore = fileState(source);
+    // a link to a device is no file: reading it might never end
+    QString problem = before.isFile() ? copyWhole(source, destination)
+                                      : FileUtilsGeneric::tr("It is neither a file nor a folder");
+    const bool isCopied = problem.isEmpty();
+    const qint64 bytes = QFileInfo(destination).size();
+    // the last thing before the source is deleted
+    if (isCopied && (bytes != before.size() || fileState(source) != stateBefore)) {
+        QFile::remove(destination);
+        problem = FileUtilsGeneric::tr("The file changed while it was copied");
+    }
+    if (!problem.isEmpty()) {
         m_kept.insert(source, {{}, problem});
         const QString text = QObject::tr("Cannot copy %1 to %2").arg(source, destination);
         return stamped(at::fileNotCopied, Q_FUNC_INFO, failure(text, problem));
     }
-    const qint64 bytes = QFileInfo(destination).size();
+    QFile file(source);
+    const bool isDeleted = file.remove();
     note({Step::Copied, false, source, destination, bytes, {}});
     m_state.bytesDone += bytes;
     ++m_state.filesDone;
-    QFile file(source);
-    if (file.remove()) {
+    if (isDeleted) {
         note({Step::Deleted, false, source, destination, bytes, {}});
         return ErrorCode::NoError;
     }
@@ -231,9 +239,17 @@ void FolderMove::noteLeftBehind()
     if (!source.isDir())
         return;
     note({Step::LeftBehind, true, m_source, {}, 0, {}});
+    QString hiddenFolder; // the last one; what is in a folder comes next
     for (const FolderEntry &entry : everythingBelow(m_source)) {
-        const Kept kept = m_kept.value(entry.path);
-        note({Step::LeftBehind, entry.isFolder, entry.path, kept.copy, entry.bytes, kept.reason});
+        const bool isFolder = entry.kind == FolderEntry::Folder;
+        const bool isInHidden =
+            !hiddenFolder.isEmpty() && entry.path.startsWith(hiddenFolder + u'/');
+        if (isFolder && entry.isHidden && !isInHidden)
+            hiddenFolder = entry.path;
+        Kept kept = m_kept.value(entry.path);
+        if (kept.reason.isEmpty())
+            kept.reason = reasonToStay(entry, isInHidden);
+        note({Step::LeftBehind, isFolder, entry.path, kept.copy, entry.bytes, kept.reason});
     }
 }
 

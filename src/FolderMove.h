@@ -29,7 +29,7 @@ private:
     Error moveFolder(const QString &source, const QString &destination, bool removeSource);
     Error moveFile(const QString &source, const QString &destination, bool removeSource);
     bool renameFolder(const QString &source, const QString &destination);
-    bool makeFolder(const QString &source, const QString &destination);
+    Error makeFolder(const QString &source, const QString &destination);
 
     void note(const MoveReport::Step &step);
     void noteLeftBehind();

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <algorithm>
 #include <string_view>
 
 namespace vex::detail {
@@ -20,16 +21,22 @@ inline constexpr std::u16string_view kSeparators = u"/\\";
 /// Control characters lie below.
 inline constexpr char16_t kFirstPrintable = u' ';
 
-/// The bits of one character, by comparisons alone: compilers take eight characters at a time.
+/// @p bits when @p isSet, else none. Without a branch: compilers take many characters at a time.
+constexpr quint16 bitsIf(bool isSet, int bits)
+{
+    return static_cast<quint16>(-int{isSet} & bits);
+}
+
+/// The bits of one character.
 constexpr quint16 classOf(QChar character)
 {
     const char16_t code = character.unicode();
-    quint16 classes = (code & 0xf800) == 0xd800 ? Surrogate : 0;
-    classes |= code < kFirstPrintable ? NotInPath | NotInName : 0;
+    quint16 classes = bitsIf((code & 0xf800) == 0xd800, Surrogate);
+    classes |= bitsIf(code < kFirstPrintable, NotInPath | NotInName);
     for (const char16_t other : kNotInPath)
-        classes |= code == other ? NotInPath | NotInName : 0;
+        classes |= bitsIf(code == other, NotInPath | NotInName);
     for (const char16_t other : kSeparators)
-        classes |= code == other ? NotInName : 0;
+        classes |= bitsIf(code == other, NotInName);
     return classes;
 }
 
@@ -40,6 +47,18 @@ inline quint16 classesOf(QStringView text)
     for (const QChar character : text)
         classes |= classOf(character);
     return classes;
+}
+
+/// @p text with @p after in the place of each character that has @p bit.
+template <CharacterClass bit>
+QString replaced(QStringView text, QChar after)
+{
+    QString result(text.size(), Qt::Uninitialized);
+    std::transform(text.begin(), text.end(), result.begin(), [after](QChar character) {
+        const quint16 kept = bitsIf((classOf(character) & bit) == 0, 0xffff);
+        return QChar((character.unicode() & kept) | (after.unicode() & ~kept));
+    });
+    return result;
 }
 
 } // namespace vex::detail

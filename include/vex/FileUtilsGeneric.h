@@ -134,7 +134,7 @@ public:
     /// In folders hidden files count as well, symbolic links are not followed and count nothing.
     static qint64 contentSize(const QString &path);
 
-    /// Copies a file and its permissions.
+    /// Copies a file with its permissions and its modification time.
     ///
     /// @par Errors  GeneralFailure "Can't copy "source" to "destination"": also when there is a
     ///              destination already, which stays as it is. What the system says is a warning

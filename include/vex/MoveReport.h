@@ -30,11 +30,11 @@ public:
         };
 
         Kind kind = Renamed; ///< what happened
-        bool isFolder = false; ///< a folder, or a symbolic link to one; otherwise a file
+        bool isFolder = false; ///< a symbolic link to a folder is none when it is left behind
         QString source; ///< path at the source
         QString destination; ///< path at the destination; empty where nothing is there
         qint64 bytes = 0; ///< content of the file, or of all files below a renamed folder
-        QString reason; ///< what the system said, where something failed; otherwise empty
+        QString reason; ///< why something was left behind, as far as that is known
 
         /// True when all agree.
         bool operator==(const Step &) const = default;

@@ -25,8 +25,18 @@ QList<QString> folderContent(
 /// Something in a folder.
 struct FolderEntry
 {
+    /// What it is, symbolic links not followed.
+    enum Kind {
+        File,
+        Folder,
+        Link,
+        Other, ///< a pipe, a socket, a device
+    };
+
     QString path; ///< bytes of a name that are no text as \xHH
-    bool isFolder; ///< links to folders are none
+    Kind kind;
+    bool isHidden; ///< itself, as the system has it
+    bool isText; ///< false: its name is none
     qint64 bytes; ///< of a file; 0 otherwise
 };
 
@@ -34,7 +44,14 @@ struct FolderEntry
 /// not followed.
 QList<FolderEntry> everythingBelow(const QString &path);
 
-/// Gives @p to the modification time of @p from, as far as the copying has not done it.
-void keepModificationTime(const QString &from, const QString &to);
+/// Tells whether somebody has changed a file or put another one in its place: equal texts, no. Size
+/// and times as exact as the system has them; empty when there is no such file.
+QString fileState(const QString &path);
+
+/// Copies a file, with its modification time and permissions, so that it gets its name when it is
+/// whole, and only if there is nothing of that name.
+///
+/// @return what went wrong; empty when nothing did
+QString copyWhole(const QString &source, const QString &destination);
 
 } // namespace vex::detail

@@ -129,19 +129,14 @@ private:
 };
 
 /// @p name, its bytes that are no text written as \xHH.
-QString readable(const char *name)
+QString escaped(const char *name)
 {
-    if (auto text = decoded(name))
-        return *text;
-    QString escaped;
+    QString text;
     for (const char byte : QByteArrayView(name)) {
         const auto value = static_cast<unsigned char>(byte);
-        if (value < 0x80)
-            escaped += QLatin1Char(byte);
-        else
-            escaped += u"\\x"_s + QString::number(value, 16);
+        text += value < 0x80 ? QString(QLatin1Char(byte)) : u"\\x"_s + QString::number(value, 16);
     }
-    return escaped;
+    return text;
 }
 
 void addEverything(const QByteArray &path, const QString &text, QList<FolderEntry> *entries)
@@ -151,14 +146,18 @@ void addEverything(const QByteArray &path, const QString &text, QList<FolderEntr
         return;
     while (const dirent *entry = readdir(folder.get())) {
         struct stat status;
-        if (isDots(entry->d_name)
-            || fstatat(dirfd(folder.get()), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0)
+        const char *name = entry->d_name;
+        if (isDots(name) || fstatat(dirfd(folder.get()), name, &status, AT_SYMLINK_NOFOLLOW) != 0)
             continue;
-        const bool isFolder = S_ISDIR(status.st_mode);
-        entries->append({text + readable(entry->d_name), isFolder,
-            S_ISREG(status.st_mode) ? qint64{status.st_size} : 0});
-        if (isFolder)
-            addEverything(path + entry->d_name + '/', entries->constLast().path + u'/', entries);
+        const auto kind = S_ISREG(status.st_mode) ? FolderEntry::File
+            : S_ISDIR(status.st_mode)             ? FolderEntry::Folder
+            : S_ISLNK(status.st_mode)             ? FolderEntry::Link
+                                                  : FolderEntry::Other;
+        const auto decodedName = decoded(name);
+        entries->append({text + decodedName.value_or(escaped(name)), kind, name[0] == '.',
+            decodedName.has_value(), kind == FolderEntry::File ? status.st_size : 0});
+        if (kind == FolderEntry::Folder)
+            addEverything(path + name + '/', entries->constLast().path + u'/', entries);
     }
 }
 
@@ -184,13 +183,31 @@ QList<FolderEntry> everythingBelow(const QString &path)
     return entries;
 }
 
-void keepModificationTime(const QString &from, const QString &to)
+QString fileState(const QString &path)
 {
     struct stat status;
-    if (stat(QFile::encodeName(from).constData(), &status) != 0)
-        return;
-    const timespec times[] = {{0, UTIME_OMIT}, status.st_mtim};
-    utimensat(AT_FDCWD, QFile::encodeName(to).constData(), times, 0);
+    if (stat(QFile::encodeName(path).constData(), &status) != 0)
+        return {};
+    // nobody can set the time of the last change, the one behind the second blank
+    const auto nanoseconds = [](const timespec &time) {
+        return QString::number(time.tv_sec) + u'.' + QString::number(time.tv_nsec);
+    };
+    return u"%1:%2 %3 %4 %5"_s.arg(QString::number(status.st_dev), QString::number(status.st_ino),
+        nanoseconds(status.st_ctim), nanoseconds(status.st_mtim), QString::number(status.st_size));
+}
+
+QString copyWhole(const QString &source, const QString &destination)
+{
+    // Qt writes a file without a name, or with one of its own, and names it at the end.
+    QFile file(source);
+    if (!file.copy(destination))
+        return file.errorString();
+    struct stat status;
+    if (stat(QFile::encodeName(source).constData(), &status) == 0) {
+        const timespec times[] = {{0, UTIME_OMIT}, status.st_mtim};
+        utimensat(AT_FDCWD, QFile::encodeName(destination).constData(), times, 0);
+    }
+    return {};
 }
 
 } // namespace vex::detail

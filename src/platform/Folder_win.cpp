@@ -1,6 +1,12 @@
 #include "platform/Folder.h"
 
+#include <QFile>
 #include <QFileInfo>
+#include <QRandomGenerator>
+
+#include <windows.h>
+
+using namespace Qt::StringLiterals;
 
 namespace vex::detail {
 
@@ -18,13 +24,58 @@ QList<FolderEntry> everythingBelow(const QString &path)
         QDirIterator::Subdirectories);
     while (content.hasNext()) {
         const QFileInfo info = content.nextFileInfo();
-        const bool isLink = info.isSymbolicLink() || info.isJunction();
-        entries.append(
-            {info.filePath(), info.isDir() && !isLink, info.isFile() && !isLink ? info.size() : 0});
+        const auto kind = info.isSymbolicLink() || info.isJunction() ? FolderEntry::Link
+            : info.isDir()                                           ? FolderEntry::Folder
+            : info.isFile()                                          ? FolderEntry::File
+                                                                     : FolderEntry::Other;
+        entries.append({info.filePath(), kind, info.isHidden(), true,
+            kind == FolderEntry::File ? info.size() : 0});
     }
     return entries;
 }
 
-void keepModificationTime(const QString &, const QString &) { } // CopyFile has kept it
+QString fileState(const QString &path)
+{
+    const HANDLE file = CreateFileW(path.toStdWString().c_str(), FILE_READ_ATTRIBUTES,
+        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return {};
+    BY_HANDLE_FILE_INFORMATION info;
+    const bool isKnown = GetFileInformationByHandle(file, &info) != FALSE;
+    CloseHandle(file);
+    if (!isKnown)
+        return {};
+    const auto number = [](DWORD high, DWORD low) {
+        return QString::number((quint64{high} << 32) | low);
+    };
+    return u"%1:%2 %3 %4"_s.arg(QString::number(info.dwVolumeSerialNumber),
+        number(info.nFileIndexHigh, info.nFileIndexLow),
+        number(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime),
+        number(info.nFileSizeHigh, info.nFileSizeLow));
+}
+
+QString copyWhole(const QString &source, const QString &destination)
+{
+    if (QFile::exists(destination))
+        return QFile::tr("Destination file exists");
+    // The system's copy has its name from the beginning, and keeps it when it stops half-way.
+    const QString part = QFileInfo(destination)
+                             .dir()
+                             .filePath(u"vex_temp.%1"_s.arg(
+                                 QRandomGenerator::global()->generate64(), 16, 16, QChar(u'0')));
+    QFile original(source);
+    QString problem;
+    if (original.copy(part)) {
+        QFile copy(part);
+        if (copy.rename(destination))
+            return {};
+        problem = copy.errorString();
+    } else {
+        problem = original.errorString();
+    }
+    QFile::setPermissions(part, QFile::WriteOwner); // nothing that is read-only can be deleted
+    QFile::remove(part);
+    return problem;
+}
 
 } // namespace vex::detail

@@ -481,6 +481,9 @@ private Q_SLOTS:
         QTest::newRow("destination below a file")
             << u"s"_s << u"file/x"_s << u"Cannot create folder %1/file/x"_s
             << QStringList{u"414"_s};
+        if (onWindows())
+            QTest::newRow("no such drive")
+                << u"s"_s << u"Q:/x"_s << u"Cannot create folder Q:/x"_s << QStringList{u"414"_s};
         QTest::newRow("destination is a file")
             << u"s"_s << u"file"_s << u"Cannot create folder %1/file"_s << QStringList{u"414"_s};
         QTest::newRow("destination in the source")
@@ -508,8 +511,8 @@ private Q_SLOTS:
         QVERIFY(QDir().mkpath(at(u"s/empty"_s)));
         const QStringList before = tree(u"."_s);
         vex::MoveReport report;
-        const vex::Error failed =
-            FileUtilsGeneric::moveDirectory(at(source), at(destination), true, &report);
+        const vex::Error failed = FileUtilsGeneric::moveDirectory(
+            at(source), QDir(m_folder->path()).filePath(destination), true, &report);
         QStringList trace;
         for (const QString &line : lines)
             trace += u"src/FileUtilsGeneric:"_s + line;
