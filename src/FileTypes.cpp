@@ -1,8 +1,11 @@
 #include <vex/FileTypes.h>
 
 #include <QFileInfo>
+#include <QHash>
+#include <QVarLengthArray>
 
 #include <algorithm>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -21,10 +24,66 @@ const QString kTabc = u"tabc"_s;
 const QString kLvcfg = u"lvcfg"_s;
 const QString kPvtcfg = u"pvtcfg"_s;
 
-/// Suffixes of file names are compared in lower case, with registered ones as they are.
-QString suffixOf(const QString &file)
+using ShortText = QVarLengthArray<char16_t, 16>;
+
+/// What QString::toLower() gives; ASCII without an allocation.
+ShortText lowerCase(QStringView text)
 {
-    return QFileInfo(file).suffix().toLower();
+    ShortText lower(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t character = text[i].unicode();
+        if (character > 0x7f) {
+            const QString whole = text.toString().toLower();
+            return ShortText(whole.utf16(), whole.utf16() + whole.size());
+        }
+        const bool isUpper = character >= u'A' && character <= u'Z';
+        lower[i] = isUpper ? char16_t(character + (u'a' - u'A')) : character;
+    }
+    return lower;
+}
+
+/// True when QFileInfo goes by nothing but points and slashes for the suffix of @p file.
+///
+/// A colon may end the name of a resource or a search path, which it looks up, unless it stands
+/// where that of a drive does; backslashes are slashes on Windows; and it counts up to here only.
+bool isPlainPath(const QString &file)
+{
+    return !file.startsWith(u':') && file.indexOf(u':', 2) < 0 && !file.contains(u'\\')
+        && file.size() <= std::numeric_limits<qint16>::max();
+}
+
+/// QFileInfo::suffix() in lower case, as suffixes of files are compared with registered ones.
+ShortText suffixOf(const QString &file)
+{
+    if (!isPlainPath(file))
+        return lowerCase(QFileInfo(file).suffix());
+    const auto mark = std::find_if(file.rbegin(), file.rend(),
+        [](QChar character) { return character == u'.' || character == u'/'; });
+    const bool hasSuffix = mark != file.rend() && *mark == u'.';
+    return lowerCase(QStringView(file).last(hasSuffix ? mark - file.rbegin() : 0));
+}
+
+/// QList::contains() without a call for each text: length and first letter tell most apart.
+bool lists(const QList<QString> &suffixes, QStringView suffix)
+{
+    for (const QStringView listed : suffixes) {
+        if (std::equal(listed.begin(), listed.end(), suffix.begin(), suffix.end()))
+            return true;
+    }
+    return false;
+}
+
+/// The type for a suffix in lower case.
+FileTypes::TypeRef typeOf(QStringView suffix)
+{
+    const FileTypes::Type *best = nullptr;
+    for (const FileTypes::Type &type : FileTypes::Type::registeredValues()) {
+        const QList<QString> &suffixes = type.data().suffixes;
+        const bool isBetter = !best || suffixes.size() < best->data().suffixes.size();
+        if (isBetter && lists(suffixes, suffix))
+            best = &type;
+    }
+    return best ? *best : FileTypes::Invalid;
 }
 
 } // namespace
@@ -100,20 +159,31 @@ FileTypes::TypeRef FileTypes::stringToType(const QString &name)
 
 FileTypes::TypeRef FileTypes::suffixToType(const QString &suffix)
 {
-    const QString lower = suffix.toLower();
-    const Type *best = nullptr;
+    return typeOf(lowerCase(suffix));
+}
+
+QList<FileTypes::SuffixEntry> FileTypes::suffixTable()
+{
+    QList<SuffixEntry> table;
+    QHash<QString, qsizetype> places; // in the table
     for (const Type &type : Type::registeredValues()) {
-        const QList<QString> &suffixes = type.data().suffixes;
-        const bool isBetter = !best || suffixes.size() < best->data().suffixes.size();
-        if (isBetter && suffixes.contains(lower))
-            best = &type;
+        for (const QString &suffix : type.data().suffixes) {
+            const auto place = places.constFind(suffix);
+            if (place != places.constEnd()) {
+                table[*place].types.append(type.name());
+                continue;
+            }
+            places.insert(suffix, table.size());
+            table.append({suffix, {type.name()}, typeToString(suffixToType(suffix)),
+                QStringView(suffixOf("name."_L1 + suffix)) == suffix});
+        }
     }
-    return best ? *best : Invalid;
+    return table;
 }
 
 FileTypes::TypeRef FileTypes::fileToType(const QString &file)
 {
-    return suffixToType(QFileInfo(file).suffix());
+    return typeOf(suffixOf(file));
 }
 
 QList<QString> FileTypes::fileSuffixesForExtensionType(TypeRef type)
@@ -160,14 +230,14 @@ QList<QString> FileTypes::fileMasksForExtensionTypes(const QList<TypeRef> &types
 
 bool FileTypes::fileMatchesAnyType(const QString &file, const QList<TypeRef> &types)
 {
-    const QString suffix = suffixOf(file);
+    const ShortText suffix = suffixOf(file);
     return std::any_of(types.begin(), types.end(),
-        [&suffix](TypeRef type) { return type.data().suffixes.contains(suffix); });
+        [&suffix](TypeRef type) { return lists(type.data().suffixes, suffix); });
 }
 
 bool FileTypes::isType(const QString &file, TypeRef type)
 {
-    return type.data().suffixes.contains(suffixOf(file));
+    return lists(type.data().suffixes, suffixOf(file));
 }
 
 QList<QString> FileTypes::extractMatching(const QList<QString> &files, TypeRef type)

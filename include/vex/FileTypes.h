@@ -25,6 +25,15 @@ public:
     /// Refers to a file type.
     using TypeRef = ExtendableEnumRef<FileTypeData>;
 
+    /// What becomes of a suffix that types have registered.
+    struct VEX_EXPORT SuffixEntry
+    {
+        QString suffix; ///< as registered
+        QList<QString> types; ///< names of all types that list it, in the order of the registry
+        QString winner; ///< name of the type that suffixToType() gives for it
+        bool isMatchable = false; ///< false: no name of a file has it, as lookups read names
+    };
+
     // NOLINTBEGIN(readability-identifier-naming): names given by the interface
     static const Type Invalid; ///< no known type; a file without a suffix matches it
     static const Type JPG; ///< picture
@@ -85,9 +94,14 @@ public:
 
     /// The registered type that lists @p suffix in lower case: of several the one with the fewest
     /// suffixes, of those the one that was registered first; Invalid when none does. Upper and
-    /// lower case of
-    /// @p suffix are the same.
+    /// lower case of @p suffix are the same.
     static TypeRef suffixToType(const QString &suffix);
+
+    /// Every suffix in the registry once, in the order of registration, with all its types and the
+    /// one that wins.
+    ///
+    /// A suffix with a letter in upper case, a point or a separator is one that no file can match.
+    static QList<SuffixEntry> suffixTable();
 
     /// suffixToType() of what stands behind the last point of the file's name.
     static TypeRef fileToType(const QString &file);

@@ -1,4 +1,7 @@
+#include "PlainFileTypes.h"
+
 #include <QLibrary>
+#include <QRandomGenerator>
 #include <QTest>
 
 #include <vex/FileTypes.h>
@@ -62,6 +65,44 @@ private Q_SLOTS:
     {
         QFETCH(QString, found);
         QTEST(found, "expected");
+    }
+
+    /// The suffix is the one that Qt sees, whatever the path looks like.
+    void suffixesAreThoseOfQt()
+    {
+        const QStringList pieces{u"."_s, u"/"_s, u"\\"_s, u":"_s, u"csv"_s, u"RPTC"_s, u"C:"_s,
+            u" "_s, u"\u0130"_s, u"txt"_s, u".."_s, QString(40, u'x')};
+        QRandomGenerator random(4);
+        for (int i = 0; i < 100000; ++i) {
+            QString file;
+            for (quint32 n = random.bounded(8U); n > 0; --n)
+                file += pieces[random.bounded(int(pieces.size()))];
+            QVERIFY2(FileTypes::fileToType(file) == plain::fileToType(file), qPrintable(file));
+        }
+        const QString longName(40000, u'x');
+        QVERIFY(
+            FileTypes::fileToType(longName + ".csv"_L1) == plain::fileToType(longName + ".csv"_L1));
+    }
+
+    void tableTellsWhoWins()
+    {
+        QStringList clashes;
+        QStringList unmatchable;
+        for (const FileTypes::SuffixEntry &entry : FileTypes::suffixTable()) {
+            QCOMPARE(entry.winner, FileTypes::suffixToType(entry.suffix).name());
+            if (entry.types.size() > 1)
+                clashes +=
+                    entry.suffix + u':' + QString::number(entry.types.size()) + u' ' + entry.winner;
+            const QString file = u"x."_s + entry.suffix;
+            if (!entry.isMatchable)
+                unmatchable += entry.suffix;
+            else
+                QCOMPARE(FileTypes::fileToType(file).name(), entry.winner);
+        }
+        QCOMPARE(clashes,
+            (QStringList{u"rptc:3 REPORT_MODULE_RPTC"_s, u"lvcfg:2 REPORT_MODULE_RPTC_BACKWARD"_s,
+                u"tabc:3 REPORT_MODULE_TABC"_s, u"pvtcfg:2 REPORT_MODULE_TABC_BACKWARD"_s}));
+        QCOMPARE(unmatchable, QStringList{u"p3Djs"_s});
     }
 
     void namesOfFiles()
