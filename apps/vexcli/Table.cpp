@@ -91,6 +91,26 @@ QString exactNumber(double value)
     return QString::number(value, 'g', QLocale::FloatingPointShortest);
 }
 
+QString shownText(const QString &text)
+{
+    QString shown;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const bool isPair =
+            text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate();
+        const char32_t code =
+            isPair ? QChar::surrogateToUcs4(text[i], text[i + 1]) : char32_t{text[i].unicode()};
+        const QChar::Category category = QChar::category(code);
+        const bool isSeen = QChar::isPrint(code) && category != QChar::Separator_Line
+            && category != QChar::Separator_Paragraph;
+        if (isSeen)
+            shown += text.sliced(i, isPair ? 2 : 1);
+        else
+            shown += u"<U+%1>"_s.arg(uint{code}, 4, 16, QLatin1Char('0')).toUpper();
+        i += isPair ? 1 : 0;
+    }
+    return shown;
+}
+
 QString csvField(const QString &text)
 {
     const bool mustQuote = std::any_of(text.begin(), text.end(), [](QChar character) {

@@ -47,6 +47,9 @@ QString peakCount(qsizetype count);
 /// The shortest text that reads back as exactly @p value.
 QString exactNumber(double value);
 
+/// @p text for a single line: what cannot be seen, such as a line feed, as <U+000A>.
+QString shownText(const QString &text);
+
 /// @p text as a field of a CSV line, quoted only where it must be.
 QString csvField(const QString &text);
 

@@ -32,13 +32,16 @@ struct Command
 
 constexpr std::array kCommands{
     Command{"apex"_L1, "where a chromatogram is highest, and the area under it", vexcli::runApex},
+    Command{"checkpath"_L1, "whether paths and names are valid, and why not", vexcli::runCheckPath},
     Command{
         "compare"_L1, "whether two signals are alike, and by which measure", vexcli::runCompare},
     Command{"distribution"_L1, "the precomputed table of isotope patterns over mass",
         vexcli::runDistribution},
+    Command{"filetype"_L1, "the type of a file by its name, and all types", vexcli::runFileType},
     Command{"formula"_L1, "how formula texts are read, and what the reading leaves out",
         vexcli::runFormula},
     Command{"mass"_L1, "average to monoisotopic mass and back", vexcli::runMass},
+    Command{"move"_L1, "a folder to another place, telling every step", vexcli::runMove},
     Command{"pattern"_L1, "isotope patterns from masses or protein sequences", vexcli::runPattern},
 };
 
@@ -46,7 +49,8 @@ void printHelp()
 {
     std::puts(
         "Usage: vex COMMAND [OPTION...] [INPUT...]\n"
-        "Isotope patterns and masses of molecules of an average composition; sampled signals.\n\n"
+        "Isotope patterns and masses of molecules of an average composition; sampled signals; "
+        "files.\n\n"
         "Commands:");
     for (const Command &command : kCommands)
         std::printf("  %-13s %s\n", command.name.data(), command.summary);

@@ -1,10 +1,12 @@
 #include <QCryptographicHash>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QStorageInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -45,6 +47,19 @@ Outcome runIn(const QString &folder, const QString &program, const QStringList &
 QJsonArray jsonArray(const Outcome &outcome)
 {
     return QJsonDocument::fromJson(outcome.output.toUtf8()).array();
+}
+
+/// The content of every file below a folder, by its path in there.
+QMap<QString, QByteArray> filesIn(const QString &folder)
+{
+    QMap<QString, QByteArray> files;
+    QDirIterator entries(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (entries.hasNext()) {
+        QFile file(entries.next());
+        if (file.open(QIODevice::ReadOnly))
+            files.insert(QDir(folder).relativeFilePath(file.fileName()), file.readAll());
+    }
+    return files;
 }
 
 constexpr bool onUnixHost()
@@ -94,13 +109,36 @@ private:
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
+    /// Writes some files below the folder and tells their content by path.
+    QMap<QString, QByteArray> writeTree(const QString &name)
+    {
+        const QMap<QString, QByteArray> files{{u"a, b.txt"_s, "abc"}, {u"empty"_s, {}},
+            {u"sub folder/\u03bc.bin"_s, QByteArray(100000, '\xff')}, {u"sub folder/x/y"_s, "\n"}};
+        QDir(m_folder->path()).mkpath(name + "/sub folder/x"_L1);
+        for (auto file = files.cbegin(); file != files.cend(); ++file)
+            write(name + u'/' + file.key(), file.value());
+        return files;
+    }
+    bool isOtherFileSystem(const QTemporaryDir &folder) const
+    {
+        return folder.isValid()
+            && QStorageInfo(folder.path()).device() != QStorageInfo(m_folder->path()).device();
+    }
+
     const QString m_program = QCoreApplication::applicationDirPath() + u"/vex"_s;
     // absolute also for the drive letter that a path of the build machine has under Wine
     const QDir m_source = QDir(QFileInfo(QStringLiteral(VEX_SOURCE_FOLDER)).absoluteFilePath());
     std::unique_ptr<QTemporaryDir> m_folder;
 
 private Q_SLOTS:
-    void init() { m_folder = std::make_unique<QTemporaryDir>(); }
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+#if defined(Q_OS_WIN)
+        // interrupt() has it ignored, which programs started from here would inherit
+        SetConsoleCtrlHandler(nullptr, FALSE);
+#endif
+    }
     void cleanup()
     {
         // under Wine a process that has ended holds its working folder a little longer
@@ -176,6 +214,22 @@ comparison onto its input | 2 | compare missing in -o ./in | 1,2\n | ./in would 
 range of nothing | 2 | apex in --start 5 --end 5 | 1,2\n | no later than it starts
 unit of neither kind | 2 | apex in --x-unit hours | 1,2\n | neither minutes nor seconds
 two outputs on standard output | 2 | distribution --mass 1 -o - | | cannot hold both
+file types of nothing | 2 | filetype | | no file name
+file type of no name | 2 | filetype a.csv '' | | an empty text
+list of some types | 2 | filetype --list a.csv | | takes no names
+no path | 2 | checkpath --kind name | | no path
+kind of nothing | 2 | checkpath --kind folder in | | 'folder' is none of name, path, local
+move to nowhere | 2 | move . | | give a source and a destination
+move of nothing | 2 | move '' to | | an empty text
+move to no name | 2 | move . '' | | an empty text
+missing source | 1 | move missing to | | there is no such folder
+file as source | 1 | move in to | | in: it is not a folder
+file as destination | 1 | move . in | | in is not a folder
+move to itself | 2 | move . ./ | | the same folder
+move into itself | 2 | move . a/b | | a/b lies in it
+steps inside the source | 2 | move . ../vex-moved -o steps.csv | | cannot write the steps to steps.csv
+steps in the place of a folder | 2 | move . ../vex-moved/a -o ../vex-moved | | cannot write the steps
+steps in a missing folder | 1 | move . ../vex-moved -o ../vex-none/steps.csv | | cannot write ../vex-none/steps.csv
 )")
                                .trimmed();
         for (const QString &line : table.split(u'\n')) {
@@ -196,7 +250,9 @@ two outputs on standard output | 2 | distribution --mass 1 -o - | | cannot hold 
         QFETCH(int, exitCode);
         QFETCH(QString, error);
         write(u"in"_s, content);
-        const Outcome outcome = vex(command.split(u' ', Qt::SkipEmptyParts));
+        QStringList arguments = command.split(u' ', Qt::SkipEmptyParts);
+        arguments.replaceInStrings(u"''"_s, QString());
+        const Outcome outcome = vex(arguments);
         QCOMPARE(outcome.exitCode, exitCode);
         QCOMPARE(outcome.output, QString());
         QVERIFY2(outcome.errors.startsWith("vex: "_L1) && outcome.errors.contains(error),
@@ -446,6 +502,229 @@ two outputs on standard output | 2 | distribution --mass 1 -o - | | cannot hold 
         }
         QVERIFY(read(u"c.csv"_s).contains("\n2,10,0,10\n3,0,0,0\n4,0,10,-10\n"));
     }
+
+    void fileTypesTellWhoElseListsTheSuffix()
+    {
+        const Outcome outcome = vex({u"filetype"_s, u"--json"_s, u"a.LVCFG"_s, u"b/c.tar.csv"_s,
+            u"noext"_s, u"d.p3Djs"_s, u"e.tabc"_s});
+        QCOMPARE(outcome.exitCode, 0);
+        QStringList found;
+        for (const QJsonValue &file : jsonArray(outcome)) {
+            found += file["type"_L1].toString();
+            if (file["isTrace"_L1].toBool())
+                found.last() += " trace"_L1;
+            for (const QJsonValue &other : file["alsoListedBy"_L1].toArray())
+                found.last() += ", "_L1 + other.toString();
+        }
+        QCOMPARE(found,
+            (QStringList{u"REPORT_MODULE_RPTC_BACKWARD, REPORT_MODULE_LOAD_EXTENSIONS"_s,
+                u"CSV trace"_s, u"Invalid"_s, u"Invalid"_s,
+                u"REPORT_MODULE_TABC, REPORT_MODULE_TABC_BACKWARD, REPORT_MODULE_LOAD_EXTENSIONS"_s}));
+
+        const Outcome list = vex({u"filetype"_s, u"--list"_s, u"--json"_s});
+        const auto registry = QJsonDocument::fromJson(list.output.toUtf8()).object();
+        QCOMPARE(registry["types"_L1].toArray().size(), 46);
+        QStringList odd;
+        for (const QJsonValue &entry : registry["suffixes"_L1].toArray()) {
+            if (entry["types"_L1].toArray().size() > 1 || !entry["isMatchable"_L1].toBool())
+                odd += entry["suffix"_L1].toString() + ' '_L1 + entry["winner"_L1].toString();
+        }
+        QCOMPARE(odd,
+            (QStringList{u"rptc REPORT_MODULE_RPTC"_s, u"lvcfg REPORT_MODULE_RPTC_BACKWARD"_s,
+                u"tabc REPORT_MODULE_TABC"_s, u"pvtcfg REPORT_MODULE_TABC_BACKWARD"_s,
+                u"p3Djs Invalid"_s}));
+        const QString text = vex({u"filetype"_s, u"--list"_s}).output;
+        QCOMPARE(text.count(u'\n'), 1 + 46 + 3 + odd.size());
+    }
+
+    /// One line for each file whatever its name holds.
+    void namesDoNotBreakTables()
+    {
+        const Outcome outcome = vex({u"filetype"_s, u"a\nb.csv"_s, u"c\u2028\x1b\u202ed.txt"_s,
+            u"\u03bc \U0001F600.png"_s});
+        const QStringList lines = outcome.output.split(u'\n');
+        QCOMPARE(lines.size(), 5);
+        QVERIFY(lines[1].startsWith("a<U+000A>b.csv  "_L1));
+        QVERIFY(lines[2].startsWith("c<U+2028><U+001B><U+202E>d.txt  "_L1));
+        QVERIFY(lines[3].startsWith(u"\u03bc \U0001F600.png  "_s));
+    }
+
+    void pathsAreJudgedAsWhatIsAskedFor()
+    {
+        const QStringList base{u"checkpath"_s, u"a.txt"_s, u"data/b.txt"_s, u"1:/c"_s};
+        for (const auto &[kinds, summary] : {std::pair("name", "2 of 3 are"), {"path", "1 of 3 is"},
+                 {"local", ""}, {"local name", "2 of 3 are"}, {"", "2 of 3 are"}}) {
+            QStringList arguments = base;
+            for (const QString &kind : QString::fromLatin1(kinds).split(u' ', Qt::SkipEmptyParts))
+                arguments += {u"--kind"_s, kind};
+            const Outcome outcome = vex(arguments);
+            const QString wrong = QString::fromLatin1(summary);
+            QCOMPARE(outcome.exitCode, wrong.isEmpty() ? 0 : 1);
+            QCOMPARE(outcome.errors,
+                wrong.isEmpty() ? QString() : "vex: "_L1 + wrong + " not valid\n"_L1);
+            QVERIFY(outcome.output.contains("1:/c\n"_L1)); // the report comes either way
+        }
+        const QStringList odd{u"checkpath"_s, u"x/../NUL\t."_s, u"--kind"_s, u"local"_s};
+        QCOMPARE(vex(odd).output,
+            u"x/../NUL<U+0009>.\n"
+            "  local path  not valid, taken as NUL<U+0009>.\n"
+            "    reason at 4: U+0009 is not allowed\n"
+            "    advice at 5: Windows drops dots and blanks at the end of a name\n"_s);
+        const QJsonArray findings =
+            jsonArray(vex(odd + QStringList{u"--json"_s}))[0]["as"_L1]["local"_L1]["findings"_L1]
+                .toArray();
+        QCOMPARE(findings.size(), 2);
+        QCOMPARE(findings[0]["position"_L1].toInt(), 3);
+        QVERIFY(findings[0]["isReason"_L1].toBool() && !findings[1]["isReason"_L1].toBool());
+    }
+
+    void moveKeepsEverything_data()
+    {
+        QTest::addColumn<QString>("destination");
+        QTest::addColumn<bool>("isThere");
+        QTest::addColumn<QString>("steps");
+        QTest::newRow("renamed") << u"new"_s << false << u"renamed 1"_s;
+        QTest::newRow("merged") << u"to"_s << true << u"copied 2, deleted 3, renamed 1"_s;
+#if defined(Q_OS_UNIX)
+        QTest::newRow("another file system")
+            << QString() << false << u"copied 4, created 3, deleted 7"_s;
+#endif
+    }
+    void moveKeepsEverything()
+    {
+        QFETCH(QString, destination);
+        QFETCH(bool, isThere);
+        QFETCH(QString, steps);
+        const QTemporaryDir elsewhere(u"/dev/shm/vex-XXXXXX"_s);
+        if (destination.isEmpty()) {
+            if (!isOtherFileSystem(elsewhere))
+                QSKIP("there is no second file system");
+            destination = elsewhere.filePath(u"a/b"_s);
+        }
+        const QString to = QDir(m_folder->path()).absoluteFilePath(destination);
+        auto expected = writeTree(u"from"_s);
+        if (isThere) {
+            QVERIFY(QDir().mkpath(to));
+            write(destination + "/mine"_L1, "1");
+            expected.insert(u"mine"_s, "1");
+        }
+        const Outcome outcome =
+            vex({u"move"_s, u"from/"_s, destination, u"-o"_s, u"steps.csv"_s, u"--json"_s});
+        QCOMPARE(outcome.errors, QString());
+        QCOMPARE(outcome.exitCode, 0);
+        QVERIFY(!QFileInfo::exists(m_folder->filePath(u"from"_s)));
+        QCOMPARE(filesIn(to), expected);
+        const QList<QByteArray> lines = read(u"steps.csv"_s).trimmed().split('\n').sliced(1);
+        QMap<QString, int> kinds;
+        for (const QByteArray &line : lines)
+            ++kinds[QString::fromUtf8(line.left(line.indexOf(',')))];
+        QStringList counted;
+        for (auto kind = kinds.cbegin(); kind != kinds.cend(); ++kind)
+            counted += u"%1 %2"_s.arg(kind.key()).arg(kind.value());
+        QCOMPARE(counted.join(", "_L1), steps);
+        const auto told = QJsonDocument::fromJson(outcome.output.toUtf8()).object();
+        QVERIFY(told["isDone"_L1].toBool());
+        QCOMPARE(told["steps"_L1].toArray().size(), lines.size());
+    }
+
+    void failedMoveTellsEveryStep()
+    {
+        const auto expected = writeTree(u"from"_s);
+        QVERIFY(QDir(m_folder->path()).mkdir(u"to"_s));
+        write(u"to/a, b.txt"_s, "other");
+        const QStringList command{u"move"_s, u"from"_s, u"to"_s, u"-o"_s, u"steps.csv"_s};
+        const Outcome outcome = vex(command);
+        QCOMPARE(outcome.exitCode, 1);
+        const QString start = u"vex: Cannot copy from/a, b.txt to to/a, b.txt: "_s;
+        QVERIFY2(outcome.errors.startsWith(start), qPrintable(outcome.errors));
+        const QString reason = outcome.errors.section(u'\n', 0, 0).mid(start.size());
+        const QString steps = QString::fromUtf8(read(u"steps.csv"_s));
+        QVERIFY(steps.contains("\nleft behind,file,\"from/a, b.txt\",,3,"_L1 + reason + u'\n'));
+        const auto moved = filesIn(m_folder->filePath(u"to"_s));
+        for (const QString &name : expected.keys()) { // each in one place, and the report knows it
+            const bool isMoved = name != "a, b.txt"_L1 && moved.contains(name);
+            QVERIFY(isMoved != QFileInfo::exists(m_folder->filePath("from/"_L1 + name)));
+            if (!isMoved)
+                QVERIFY(steps.contains("\nleft behind,file,"_L1
+                    + (name.contains(u',') ? u"\"from/%1\""_s : u"from/%1"_s).arg(name)));
+        }
+        const bool hasChanged = moved.size() > 1;
+        QCOMPARE(outcome.errors.section(u'\n', 1),
+            hasChanged ? u"once that is put right, run the same command again to go on\n"_s
+                       : QString());
+
+        QVERIFY(QFile::remove(m_folder->filePath(u"to/a, b.txt"_s)));
+        QCOMPARE(vex(command).exitCode, 0);
+        QCOMPARE(filesIn(m_folder->filePath(u"to"_s)), expected);
+    }
+
+    void interruptedMoveLeavesEveryFileWhole()
+    {
+        constexpr int kFiles = 3000;
+        const QDir folder(m_folder->path());
+        QVERIFY(folder.mkdir(u"from"_s) && folder.mkdir(u"to"_s));
+        for (int i = 0; i < kFiles; ++i)
+            write(u"from/%1"_s.arg(i), QByteArray(i, 'x'));
+        const QStringList command{u"move"_s, u"from"_s, u"to"_s, u"-o"_s, u"steps.csv"_s};
+        QProcess process;
+        process.setWorkingDirectory(folder.path());
+        process.start(m_program, command);
+        QTRY_VERIFY_WITH_TIMEOUT(!QDir(folder.filePath(u"to"_s)).isEmpty(), 30000);
+        interrupt(process);
+        QVERIFY(process.waitForFinished(30000));
+        QCOMPARE(process.readAllStandardError(),
+            "vex: Moving from was cancelled\nrun the same command again to go on\n");
+        QCOMPARE(process.exitCode(), 1);
+        const auto left = filesIn(folder.filePath(u"from"_s));
+        auto all = filesIn(folder.filePath(u"to"_s));
+        QCOMPARE(read(u"steps.csv"_s).count("\ncopied,"), all.size());
+        QCOMPARE(read(u"steps.csv"_s).count("\nleft behind,file,"), left.size());
+        QCOMPARE(left.size() + all.size(), kFiles);
+        const QByteArray summary = process.readAllStandardOutput();
+        QVERIFY(summary.endsWith(u"  and %1 more\n"_s.arg(1 + left.size() - 20).toUtf8()));
+        QCOMPARE(summary.count('\n'), 26); // five on the whole, 20 entries, and how many more
+        all.insert(left);
+        for (auto file = all.cbegin(); file != all.cend(); ++file)
+            QCOMPARE(file.value().size(), file.key().toInt());
+        QCOMPARE(vex(command).exitCode, 0);
+        QCOMPARE(filesIn(folder.filePath(u"to"_s)), all);
+    }
+
+#if defined(Q_OS_UNIX)
+    /// What a link leads to is touched only when that is asked for.
+    void moveFollowsLinksOnlyWhenAsked()
+    {
+        const QTemporaryDir elsewhere(u"/dev/shm/vex-XXXXXX"_s);
+        if (!isOtherFileSystem(elsewhere))
+            QSKIP("there is no second file system");
+        const QString to = elsewhere.filePath(u"a/b"_s);
+        const auto tree = writeTree(u"from"_s);
+        const auto outside = writeTree(u"outside"_s);
+        const QString outsidePath = m_folder->filePath(u"outside"_s);
+        QVERIFY(QFile::link(outsidePath, m_folder->filePath(u"from/link"_s)));
+
+        const Outcome refused = vex({u"move"_s, u"from"_s, to, u"-o"_s, u"steps.csv"_s});
+        QCOMPARE(refused.exitCode, 1);
+        QVERIFY(refused.errors.contains("the link from/link leads to"_L1));
+        QCOMPARE(refused.output, QString());
+        QVERIFY(QDir(elsewhere.path()).isEmpty() && read(u"steps.csv"_s).isNull());
+        QCOMPARE(filesIn(m_folder->filePath(u"from"_s)), tree);
+        QCOMPARE(filesIn(outsidePath), outside);
+
+        const Outcome followed = vex({u"move"_s, u"from"_s, to, u"--follow-links"_s});
+        QVERIFY(filesIn(outsidePath).isEmpty());
+        QCOMPARE(filesIn(to + "/link"_L1), outside);
+        // the link stays, and so does the folder; as told, the way back is open
+        QCOMPARE(followed.errors,
+            u"vex: Cannot remove from\nsee what was left behind; to undo, move %1 back\n"_s.arg(
+                to));
+        QCOMPARE(vex({u"move"_s, u"--keep-undeletable"_s, to, u"from"_s}).exitCode, 0);
+        QCOMPARE(filesIn(m_folder->filePath(u"from"_s)), tree);
+        QCOMPARE(filesIn(outsidePath), outside);
+        QCOMPARE(vex({u"move"_s, u"from"_s, u"renamed"_s}).exitCode, 0); // nothing to follow
+        QCOMPARE(filesIn(outsidePath), outside);
+    }
+#endif
 
 #if defined(Q_OS_UNIX)
     /// A device without room, and a limit on the size of files: errors, and the old file stays.

@@ -1,0 +1,368 @@
+#include "Commands.h"
+
+#include "CommandLine.h"
+#include "Failure.h"
+#include "Output.h"
+#include "Progress.h"
+#include "Table.h"
+#include "platform/Files.h"
+
+#include <vex/FileUtilsGeneric.h>
+
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace vexcli {
+
+namespace {
+
+using Step = vex::MoveReport::Step;
+
+constexpr qsizetype kMostShown = 20; // of what was left behind
+
+/// What the command line asks for.
+struct Request
+{
+    QString source;
+    QString destination;
+    QString stepsFile; // CSV
+    bool mustDelete = true;
+    bool followsLinks = false;
+    bool isJson = false;
+};
+
+/// What became of it.
+struct Outcome
+{
+    vex::MoveReport report;
+    vex::Error error;
+    QString problem; // in one line; empty when all went well
+    QString hint; // what to do about it
+};
+
+/// Cleaned; "." and "..", which cannot be renamed, by their names.
+QString folderPath(const QString &text)
+{
+    const QString path = QDir::cleanPath(text);
+    const bool isNameless = path == "."_L1 || path.endsWith(".."_L1);
+    return isNameless ? QDir::cleanPath(QFileInfo(path).absoluteFilePath()) : path;
+}
+
+/// True when @p path is @p folder or lies in it, or will do so once it exists.
+bool isWithin(const QString &path, const QString &folder)
+{
+    const QString identity = fileIdentity(folder);
+    for (QFileInfo info(path);; info.setFile(info.path())) {
+        const QString real = info.canonicalFilePath(); // empty when there is nothing
+        info.setFile(real.isEmpty() ? info.absoluteFilePath() : real);
+        if (fileIdentity(info.filePath()) == identity)
+            return true;
+        if (info.path() == info.filePath()) // a root, or a drive that is not there
+            return false;
+    }
+}
+
+/// The folders that have to be made for @p path, innermost first.
+QStringList missingFolders(const QString &path)
+{
+    QStringList missing;
+    QFileInfo info(QFileInfo(path).absoluteFilePath());
+    for (; !info.exists() && info.path() != info.filePath(); info.setFile(info.path()))
+        missing.append(info.filePath());
+    return missing;
+}
+
+bool isLinkToFolder(const QString &path)
+{
+    const QFileInfo info(path);
+    return info.isDir() && (info.isSymbolicLink() || info.isJunction());
+}
+
+/// A symbolic link to a folder among the visible content of @p folder, or itself; empty when there
+/// is none.
+QString linkToFolderIn(const QString &folder)
+{
+    using vex::FileUtilsGeneric;
+    const QStringList folders = QStringList{folder}
+        + FileUtilsGeneric::getFolderContent(folder,
+            FileUtilsGeneric::Folders | FileUtilsGeneric::Subfolders
+                | FileUtilsGeneric::NoDotAndDotDot);
+    const auto link = std::find_if(folders.begin(), folders.end(), isLinkToFolder);
+    return link == folders.end() ? QString() : *link;
+}
+
+QString kindName(Step::Kind kind)
+{
+    switch (kind) {
+    case Step::Renamed:
+        return u"renamed"_s;
+    case Step::Created:
+        return u"created"_s;
+    case Step::Copied:
+        return u"copied"_s;
+    case Step::Deleted:
+        return u"deleted"_s;
+    case Step::LeftBehind:
+        return u"left behind"_s;
+    }
+    return {};
+}
+
+QString whatOf(const Step &step)
+{
+    return step.isFolder ? u"folder"_s : u"file"_s;
+}
+
+/// "1 file", "2 files"
+QString counted(qint64 count, const QString &what)
+{
+    return count == 1 ? "1 "_L1 + what : QString::number(count) + u' ' + what + u's';
+}
+
+QString amountOf(const vex::MoveReport &report, Step::Kind kind)
+{
+    const auto folders = std::count_if(report.steps.begin(), report.steps.end(),
+        [kind](const Step &step) { return step.kind == kind && step.isFolder; });
+    const auto files = report.count(kind) - folders;
+    QStringList parts;
+    if (folders > 0)
+        parts.append(counted(folders, u"folder"_s));
+    if (files > 0)
+        parts.append(counted(files, u"file"_s));
+    if (files > 0 || report.bytes(kind) > 0)
+        parts.append(counted(report.bytes(kind), u"byte"_s));
+    return parts.join(", "_L1);
+}
+
+QByteArray asText(const Request &request, const Outcome &outcome)
+{
+    const vex::MoveReport &report = outcome.report;
+    const qsizetype all = report.count(Step::LeftBehind); // they are the last steps
+    QString text = (all == 0 ? u"moved %1 to %2\n"_s : u"did not move all of %1 to %2\n"_s)
+                       .arg(shownText(request.source), shownText(request.destination));
+    for (const auto &[kind, what] : {std::pair(Step::Renamed, u"renamed"_s),
+             {Step::Created, u"created"_s}, {Step::Copied, u"copied"_s},
+             {Step::Deleted, u"deleted at source"_s}, {Step::LeftBehind, u"left behind"_s}}) {
+        if (report.count(kind) > 0)
+            text += reportLine(what, amountOf(report, kind));
+    }
+    Table left({u"left behind"_s, u"bytes"_s, u"path"_s, u"reason"_s});
+    for (const Step &step : report.steps.last(all).first(std::min(all, kMostShown)))
+        left.addRow({whatOf(step), step.isFolder ? QString() : QString::number(step.bytes),
+            shownText(step.source),
+            (step.destination.isEmpty() ? QString() : u"copied, but not deleted: "_s)
+                + shownText(step.reason)});
+    QByteArray bytes = text.toUtf8();
+    if (!left.isEmpty())
+        bytes += left.toText(2);
+    if (all > kMostShown)
+        bytes += "  and " + QByteArray::number(all - kMostShown) + " more\n";
+    return bytes;
+}
+
+QByteArray asJson(const Request &request, const Outcome &outcome)
+{
+    QJsonArray steps;
+    for (const Step &step : outcome.report.steps)
+        steps.append(QJsonObject{{u"kind"_s, kindName(step.kind)}, {u"what"_s, whatOf(step)},
+            {u"source"_s, step.source}, {u"destination"_s, step.destination},
+            {u"bytes"_s, step.bytes}, {u"reason"_s, step.reason}});
+    QJsonObject object{{u"source"_s, request.source}, {u"destination"_s, request.destination},
+        {u"isDone"_s, outcome.problem.isEmpty()}, {u"steps"_s, steps}};
+    if (!outcome.problem.isEmpty())
+        object.insert(u"error"_s, outcome.problem);
+    if (!outcome.hint.isEmpty())
+        object.insert(u"hint"_s, outcome.hint);
+    return QJsonDocument(object).toJson();
+}
+
+void writeCsv(const vex::MoveReport &report, Output *output)
+{
+    output->write("kind,what,source,destination,bytes,reason\n");
+    for (const Step &step : report.steps)
+        output->write((kindName(step.kind) + u',' + whatOf(step) + u',' + csvField(step.source)
+            + u',' + csvField(step.destination) + u',' + QString::number(step.bytes) + u','
+            + csvField(step.reason) + u'\n')
+                          .toUtf8());
+}
+
+/// How to go on and how to go back, as far as that is true.
+QString hintFor(
+    const Request &request, const vex::MoveReport &report, bool isUnfinished, bool isNew)
+{
+    if (report.count(Step::LeftBehind) == report.steps.size())
+        return {}; // nothing has changed
+    const bool isTwice =
+        std::any_of(report.steps.begin(), report.steps.end(), [](const Step &step) {
+            return step.kind == Step::LeftBehind && !step.isFolder && !step.destination.isEmpty();
+        });
+    const QString goOn = u"run the same command again to go on"_s;
+    QString hint;
+    if (isTwice)
+        hint = u"some files were copied, but not deleted: delete them in %1"_s.arg(request.source)
+            + (isUnfinished ? ", then "_L1 + goOn : QString());
+    else if (isInterrupted())
+        hint = goOn;
+    else
+        hint = isUnfinished ? "once that is put right, "_L1 + goOn : u"see what was left behind"_s;
+    if (isNew && !isTwice)
+        hint += u"; to undo, move %1 back"_s.arg(request.destination);
+    return shownText(hint);
+}
+
+/// Moves the folder. @p refused gets a link that must not be followed; nothing has changed then.
+Outcome move(const Request &request, QString *refused)
+{
+    const QStringList missing = missingFolders(request.destination);
+    Outcome outcome;
+    std::optional<Progress> bar;
+    bool isUnfinished = false;
+    const auto progress = [&](const vex::MoveProgress &state) {
+        isUnfinished = state.filesDone < state.filesTotal;
+        if (state.path.isEmpty())
+            return true; // the end
+        if (!bar) { // the folder could not be renamed, and nothing has been moved yet
+            if (!request.followsLinks)
+                *refused = linkToFolderIn(request.source);
+            if (!refused->isEmpty())
+                return false;
+            bar.emplace(u"moving"_s, state.bytesTotal + state.filesTotal);
+        }
+        bar->update(state.bytesDone + state.filesDone); // empty files take their time as well
+        return !isInterrupted();
+    };
+    outcome.error = vex::FileUtilsGeneric::moveDirectory(
+        request.source, request.destination, request.mustDelete, &outcome.report, progress);
+    if (!refused->isEmpty()) {
+        for (const QString &folder : missing)
+            QDir().rmdir(folder);
+    } else if (outcome.error.hasError()) {
+        const QStringList reasons = QStringList{outcome.error.message()} + outcome.error.warnings();
+        outcome.problem = shownText(reasons.join(": "_L1));
+        outcome.hint =
+            hintFor(request, outcome.report, isUnfinished || isInterrupted(), !missing.isEmpty());
+    }
+    return outcome;
+}
+
+vex::Error check(const Request &request)
+{
+    const auto &[source, destination, stepsFile] =
+        std::tie(request.source, request.destination, request.stepsFile);
+    const QFileInfo from(source);
+    const QFileInfo to(destination);
+    if (!from.isDir())
+        return failure(u"cannot move %1: %2"_s.arg(shownText(source),
+            from.exists() ? u"it is not a folder"_s : u"there is no such folder"_s));
+    if (to.exists() && !to.isDir())
+        return failure(
+            u"cannot move %1: %2 is not a folder"_s.arg(shownText(source), shownText(destination)));
+    if (fileIdentity(source) == fileIdentity(destination))
+        return usageFailure(
+            u"%1 and %2 are the same folder"_s.arg(shownText(source), shownText(destination)));
+    if (isWithin(destination, source))
+        return usageFailure(u"cannot move %1 into itself: %2 lies in it"_s.arg(
+            shownText(source), shownText(destination)));
+    if (stepsFile.isEmpty())
+        return vex::ErrorCode::NoError;
+    for (const QString &folder : {source, destination}) {
+        if (isWithin(stepsFile, folder) || isWithin(folder, stepsFile))
+            return usageFailure(u"cannot write the steps to %1: %2 is moved or filled"_s.arg(
+                shownText(stepsFile), shownText(folder)));
+    }
+    return vex::ErrorCode::NoError;
+}
+
+vex::Error runRequest(const Request &request)
+{
+    std::shared_ptr<Output> outputs[2]; // the steps and the summary, opened before the work
+    for (const bool isSummary : {false, true}) {
+        if (!isSummary && request.stepsFile.isEmpty())
+            continue;
+        auto output = Output::open(isSummary ? QString() : request.stepsFile);
+        if (output.hasError())
+            return passedOn(std::move(output).error());
+        outputs[isSummary ? 1 : 0] = output.value();
+    }
+
+    QString link;
+    const Outcome outcome = move(request, &link);
+    if (!link.isEmpty())
+        return failure(u"%1 cannot be renamed as a whole, and the folder that the link %2 leads to "
+                       "would be emptied (--follow-links allows that)"_s.arg(
+                           shownText(request.source), shownText(link)));
+
+    vex::Error error = outcome.error;
+    if (error.hasError()) {
+        const QString text =
+            outcome.hint.isEmpty() ? outcome.problem : outcome.problem + u'\n' + outcome.hint;
+        vex::Error told(error.code(), text);
+        for (const auto &place : error.trace())
+            told.ecatch(place.function.toUtf8(), place.file.toUtf8(), place.line);
+        error = told;
+    }
+    if (outputs[0])
+        writeCsv(outcome.report, outputs[0].get());
+    outputs[1]->write(request.isJson ? asJson(request, outcome) : asText(request, outcome));
+    for (const auto &output : outputs) {
+        if (!output)
+            continue;
+        auto problem = output->commit();
+        if (problem.hasError() && error.hasError())
+            qWarning("%s", qUtf8Printable(problem.message()));
+        else if (problem.hasError())
+            error = problem;
+    }
+    return passedOn(std::move(error));
+}
+
+} // namespace
+
+vex::Error runMove(const QStringList &arguments)
+{
+    CommandLine commandLine(u"move"_s,
+        u"Moves a folder and everything in it, so that it is called DESTINATION afterwards: by "
+        "renaming where that works, otherwise, as from one drive to another, by copying and "
+        "deleting, file after file. A file is deleted only when its copy is complete. A "
+        "DESTINATION that is a folder already takes the content in; nothing in it is overwritten, "
+        "a file that is there already ends the move. Hidden files are moved only when the folder "
+        "around them can be renamed as a whole. Ctrl-C ends the move between two files; the same "
+        "command goes on later. The summary tells what was done and what was left behind."_s);
+    commandLine.addPositional(u"SOURCE"_s, u"The folder to move."_s, u"SOURCE"_s);
+    commandLine.addPositional(u"DESTINATION"_s,
+        u"What it is to be called, not where it is put into."_s, u"DESTINATION"_s);
+    commandLine.addFlag(u"keep-undeletable"_s,
+        u"Does not fail when everything could be copied, but not everything deleted at the source."_s);
+    commandLine.addFlag(u"follow-links"_s,
+        u"Moves the content of the folders that symbolic links lead to, where SOURCE cannot be "
+        "renamed as a whole. Without this a tree with such a link stays as it is then."_s);
+    commandLine.addOption({u"o"_s, u"output"_s},
+        u"Writes every step in order to FILE as CSV, also when the move fails: kind, what, source, "
+        "destination, bytes, reason. --json does not change it."_s,
+        u"FILE"_s);
+    if (auto error = commandLine.parse(arguments); error.hasError() || commandLine.isHelpShown())
+        return error;
+    const QStringList folders = commandLine.positional();
+    if (folders.size() != 2)
+        return usageFailure(u"give a source and a destination (see vex move --help)"_s);
+    if (folders.contains(QString()))
+        return usageFailure(u"an empty text is no folder"_s);
+    if (commandLine.isSet(u"output"_s) && commandLine.value(u"output"_s).isEmpty())
+        return usageFailure(u"--output needs the name of a file"_s);
+    const Request request{folderPath(folders[0]), folderPath(folders[1]),
+        commandLine.value(u"output"_s), !commandLine.isSet(u"keep-undeletable"_s),
+        commandLine.isSet(u"follow-links"_s), commandLine.isSet(u"json"_s)};
+    if (auto error = check(request); error.hasError())
+        return passedOn(std::move(error));
+    return passedOn(runRequest(request));
+}
+
+} // namespace vexcli
