@@ -521,20 +521,9 @@ steps in a missing folder | 1 | move . ../vex-moved -o ../vex-none/steps.csv | |
                 u"CSV trace"_s, u"Invalid"_s, u"Invalid"_s,
                 u"REPORT_MODULE_TABC, REPORT_MODULE_TABC_BACKWARD, REPORT_MODULE_LOAD_EXTENSIONS"_s}));
 
-        const Outcome list = vex({u"filetype"_s, u"--list"_s, u"--json"_s});
-        const auto registry = QJsonDocument::fromJson(list.output.toUtf8()).object();
-        QCOMPARE(registry["types"_L1].toArray().size(), 46);
-        QStringList odd;
-        for (const QJsonValue &entry : registry["suffixes"_L1].toArray()) {
-            if (entry["types"_L1].toArray().size() > 1 || !entry["isMatchable"_L1].toBool())
-                odd += entry["suffix"_L1].toString() + ' '_L1 + entry["winner"_L1].toString();
-        }
-        QCOMPARE(odd,
-            (QStringList{u"rptc REPORT_MODULE_RPTC"_s, u"lvcfg REPORT_MODULE_RPTC_BACKWARD"_s,
-                u"tabc REPORT_MODULE_TABC"_s, u"pvtcfg REPORT_MODULE_TABC_BACKWARD"_s,
-                u"p3Djs Invalid"_s}));
-        const QString text = vex({u"filetype"_s, u"--list"_s}).output;
-        QCOMPARE(text.count(u'\n'), 1 + 46 + 3 + odd.size());
+        const QString list = vex({u"filetype"_s, u"--list"_s}).output;
+        QCOMPARE(list.count(u'\n'), 1 + 46 + 3 + 5); // all types, odd suffixes
+        QVERIFY(list.contains("\np3Djs "_L1) && list.contains("\nlvcfg "_L1));
     }
 
     /// One line for each file whatever its name holds.
@@ -578,53 +567,25 @@ steps in a missing folder | 1 | move . ../vex-moved -o ../vex-none/steps.csv | |
         QVERIFY(findings[0]["isReason"_L1].toBool() && !findings[1]["isReason"_L1].toBool());
     }
 
-    void moveKeepsEverything_data()
+    void mergingMoveTellsEveryStep()
     {
-        QTest::addColumn<QString>("destination");
-        QTest::addColumn<bool>("isThere");
-        QTest::addColumn<QString>("steps");
-        QTest::newRow("renamed") << u"new"_s << false << u"renamed 1"_s;
-        QTest::newRow("merged") << u"to"_s << true << u"copied 2, deleted 3, renamed 1"_s;
-#if defined(Q_OS_UNIX)
-        QTest::newRow("another file system")
-            << QString() << false << u"copied 4, created 3, deleted 7"_s;
-#endif
-    }
-    void moveKeepsEverything()
-    {
-        QFETCH(QString, destination);
-        QFETCH(bool, isThere);
-        QFETCH(QString, steps);
-        const QTemporaryDir elsewhere(u"/dev/shm/vex-XXXXXX"_s);
-        if (destination.isEmpty()) {
-            if (!isOtherFileSystem(elsewhere))
-                QSKIP("there is no second file system");
-            destination = elsewhere.filePath(u"a/b"_s);
-        }
-        const QString to = QDir(m_folder->path()).absoluteFilePath(destination);
         auto expected = writeTree(u"from"_s);
-        if (isThere) {
-            QVERIFY(QDir().mkpath(to));
-            write(destination + "/mine"_L1, "1");
-            expected.insert(u"mine"_s, "1");
-        }
+        QVERIFY(QDir(m_folder->path()).mkdir(u"to"_s));
+        write(u"to/mine"_s, "1");
+        expected.insert(u"mine"_s, "1");
         const Outcome outcome =
-            vex({u"move"_s, u"from/"_s, destination, u"-o"_s, u"steps.csv"_s, u"--json"_s});
+            vex({u"move"_s, u"from/"_s, u"to"_s, u"-o"_s, u"steps.csv"_s, u"--json"_s});
         QCOMPARE(outcome.errors, QString());
         QCOMPARE(outcome.exitCode, 0);
         QVERIFY(!QFileInfo::exists(m_folder->filePath(u"from"_s)));
-        QCOMPARE(filesIn(to), expected);
-        const QList<QByteArray> lines = read(u"steps.csv"_s).trimmed().split('\n').sliced(1);
-        QMap<QString, int> kinds;
-        for (const QByteArray &line : lines)
-            ++kinds[QString::fromUtf8(line.left(line.indexOf(',')))];
-        QStringList counted;
-        for (auto kind = kinds.cbegin(); kind != kinds.cend(); ++kind)
-            counted += u"%1 %2"_s.arg(kind.key()).arg(kind.value());
-        QCOMPARE(counted.join(", "_L1), steps);
+        QCOMPARE(filesIn(m_folder->filePath(u"to"_s)), expected);
+        const QByteArray steps = read(u"steps.csv"_s);
+        for (const auto &[kind, count] :
+            {std::pair("\ncopied,", 2), {"\ndeleted,", 3}, {"\nrenamed,", 1}, {"\n", 7}})
+            QCOMPARE(steps.count(kind), count);
         const auto told = QJsonDocument::fromJson(outcome.output.toUtf8()).object();
         QVERIFY(told["isDone"_L1].toBool());
-        QCOMPARE(told["steps"_L1].toArray().size(), lines.size());
+        QCOMPARE(told["steps"_L1].toArray().size(), 6);
     }
 
     void failedMoveTellsEveryStep()
@@ -641,13 +602,6 @@ steps in a missing folder | 1 | move . ../vex-moved -o ../vex-none/steps.csv | |
         const QString steps = QString::fromUtf8(read(u"steps.csv"_s));
         QVERIFY(steps.contains("\nleft behind,file,\"from/a, b.txt\",,3,"_L1 + reason + u'\n'));
         const auto moved = filesIn(m_folder->filePath(u"to"_s));
-        for (const QString &name : expected.keys()) { // each in one place, and the report knows it
-            const bool isMoved = name != "a, b.txt"_L1 && moved.contains(name);
-            QVERIFY(isMoved != QFileInfo::exists(m_folder->filePath("from/"_L1 + name)));
-            if (!isMoved)
-                QVERIFY(steps.contains("\nleft behind,file,"_L1
-                    + (name.contains(u',') ? u"\"from/%1\""_s : u"from/%1"_s).arg(name)));
-        }
         const bool hasChanged = moved.size() > 1;
         QCOMPARE(outcome.errors.section(u'\n', 1),
             hasChanged ? u"once that is put right, run the same command again to go on\n"_s
