@@ -192,12 +192,12 @@ bool FileUtilsGeneric::endsWithPathSeparator(const QString &path)
 
 QString FileUtilsGeneric::getFileName(const QFileInfo &info)
 {
-    if (const QString name = info.fileName(); !name.isEmpty())
+    if (QString name = info.fileName(); !name.isEmpty())
         return name;
     for (const QFileInfo &drive : QDir::drives()) {
         if (drive.filePath() != info.filePath())
             continue;
-        const QString path = drive.absoluteFilePath();
+        QString path = drive.absoluteFilePath();
         if (path.startsWith(u'/'))
             return drive.fileName();
         return path.endsWith(u'/') ? path.chopped(1) : path;

@@ -56,7 +56,7 @@ QString randomText(QRandomGenerator *random)
             text += QChar(static_cast<char16_t>(random->bounded(34))); // control characters
             break;
         case 1:
-            text += QChar::fromUcs4(0x10000 + random->bounded(0xfffff));
+            text += QChar::fromUcs4(0x10000U + random->bounded(0xfffffU));
             break;
         case 2:
             if (random->bounded(4) == 0) // seldom: it ends the test of a text
