@@ -202,7 +202,8 @@ Error FolderMove::moveFile(const QString &source, const QString &destination, bo
     const bool isCopied = problem.isEmpty();
     const qint64 bytes = QFileInfo(destination).size();
     // the last thing before the source is deleted
-    if (isCopied && (bytes != before.size() || fileState(source) != stateBefore)) {
+    if (isCopied
+        && (bytes != before.size() || stateBefore.isEmpty() || fileState(source) != stateBefore)) {
         QFile::remove(destination);
         problem = FileUtilsGeneric::tr("The file changed while it was copied");
     }

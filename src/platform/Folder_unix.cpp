@@ -33,7 +33,8 @@ Folder opened(const QByteArray &path)
 std::optional<QString> decoded(const char *name)
 {
     const QByteArrayView bytes(name);
-    if (std::all_of(bytes.begin(), bytes.end(), [](char byte) { return byte > 0; }))
+    const auto isAscii = [](char byte) { return static_cast<unsigned char>(byte) < 0x80; };
+    if (std::all_of(bytes.begin(), bytes.end(), isAscii))
         return QString::fromLatin1(bytes);
     QStringDecoder toUtf16(QStringDecoder::System, QStringDecoder::Flag::Stateless);
     QString text = toUtf16(bytes);

@@ -36,7 +36,11 @@ QList<FolderEntry> everythingBelow(const QString &path)
 
 QString fileState(const QString &path)
 {
-    const HANDLE file = CreateFileW(path.toStdWString().c_str(), FILE_READ_ATTRIBUTES,
+    // in the form that may be longer than 259 characters
+    const QString native = QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath());
+    const QString full =
+        native.startsWith("\\\\"_L1) ? u"\\\\?\\UNC"_s + native.sliced(1) : u"\\\\?\\"_s + native;
+    const HANDLE file = CreateFileW(full.toStdWString().c_str(), FILE_READ_ATTRIBUTES,
         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return {};
