@@ -66,6 +66,15 @@ bool isBelow(const QString &path, const QString &folder)
     return realPath(path).startsWith(real.endsWith(u'/') ? real : real + u'/');
 }
 
+/// Why no folder can be made at @p path, as far as the system tells.
+QString folderProblem(const QString &path)
+{
+    QFileInfo existing(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
+    while (!existing.exists() && existing.path() != existing.filePath())
+        existing = QFileInfo(existing.path());
+    return writeProblem(existing.filePath());
+}
+
 /// Why a move does not touch something; empty when it could have.
 QString reasonToStay(const FolderEntry &entry, bool isInHidden)
 {
@@ -182,6 +191,8 @@ Error FolderMove::makeFolder(const QString &source, const QString &destination)
     else if (isBelow(destination, source))
         reason = FileUtilsGeneric::tr("It lies in the folder that is to be moved");
     if (!reason.isEmpty() || !QDir().mkpath(destination)) {
+        if (reason.isEmpty())
+            reason = folderProblem(destination);
         const QString text = QObject::tr("Cannot create folder %1").arg(destination);
         return stamped(at::destinationNotCreated, Q_FUNC_INFO, failure(text, reason));
     }

@@ -48,6 +48,10 @@ QList<FolderEntry> everythingBelow(const QString &path);
 /// and times as exact as the system has them; empty when there is no such file.
 QString fileState(const QString &path);
 
+/// What the system has against a new entry in @p folder; empty when it has nothing, or tells when it
+/// is tried.
+QString writeProblem(const QString &folder);
+
 /// Copies a file, with its modification time and permissions, so that it gets its name when it is
 /// whole, and only if there is nothing of that name.
 ///

@@ -1,15 +1,20 @@
 #include "platform/Folder.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QStringDecoder>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <memory>
 #include <optional>
 
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -46,6 +51,11 @@ std::optional<QString> decoded(const char *name)
 QString withSeparator(const QString &path)
 {
     return path.endsWith(u'/') ? path : path + u'/';
+}
+
+QString systemText(int error)
+{
+    return QString::fromLocal8Bit(std::strerror(error));
 }
 
 bool isDots(const char *name)
@@ -197,12 +207,29 @@ QString fileState(const QString &path)
         nanoseconds(status.st_ctim), nanoseconds(status.st_mtim), QString::number(status.st_size));
 }
 
+QString writeProblem(const QString &folder)
+{
+    const QByteArray path = QFile::encodeName(folder) + "/."; // nothing but a folder
+    return access(path.constData(), W_OK | X_OK) == 0 ? QString() : systemText(errno);
+}
+
 QString copyWhole(const QString &source, const QString &destination)
 {
     // Qt writes a file without a name, or with one of its own, and names it at the end.
     QFile file(source);
-    if (!file.copy(destination))
-        return file.errorString();
+    if (!file.copy(destination)) {
+        // Qt tells of its last try, elsewhere, or of an unknown error where the system knew it
+        if (access(QFile::encodeName(source).constData(), R_OK) != 0)
+            return systemText(errno);
+        const QString folder = QFileInfo(destination).path();
+        if (const QString problem = writeProblem(folder); !problem.isEmpty())
+            return problem;
+        struct statvfs disk;
+        const bool isKnown = statvfs(QFile::encodeName(folder).constData(), &disk) == 0;
+        const auto size = static_cast<quint64>(std::max<qint64>(file.size(), 0));
+        return isKnown && disk.f_bavail * disk.f_frsize < size ? systemText(ENOSPC)
+                                                               : file.errorString();
+    }
     struct stat status;
     if (stat(QFile::encodeName(source).constData(), &status) == 0) {
         const timespec times[] = {{0, UTIME_OMIT}, status.st_mtim};

@@ -58,6 +58,11 @@ QString fileState(const QString &path)
         number(info.nFileSizeHigh, info.nFileSizeLow));
 }
 
+QString writeProblem(const QString &)
+{
+    return {};
+}
+
 QString copyWhole(const QString &source, const QString &destination)
 {
     if (QFile::exists(destination))
