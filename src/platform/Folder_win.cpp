@@ -1,5 +1,6 @@
 #include "platform/Folder.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>
@@ -58,9 +59,9 @@ QString fileState(const QString &path)
         number(info.nFileSizeHigh, info.nFileSizeLow));
 }
 
-QString writeProblem(const QString &)
+QString writeProblem(const QString &folder)
 {
-    return {};
+    return QFileInfo(folder).isDir() ? QString() : qt_error_string(ERROR_PATH_NOT_FOUND);
 }
 
 QString copyWhole(const QString &source, const QString &destination)
@@ -68,10 +69,9 @@ QString copyWhole(const QString &source, const QString &destination)
     if (QFile::exists(destination))
         return QFile::tr("Destination file exists");
     // The system's copy has its name from the beginning, and keeps it when it stops half-way.
-    const QString part = QFileInfo(destination)
-                             .dir()
-                             .filePath(u"vex_temp.%1"_s.arg(
-                                 QRandomGenerator::global()->generate64(), 16, 16, QChar(u'0')));
+    const QDir folder = QFileInfo(destination).dir();
+    const QString part = folder.filePath(
+        u"vex_temp.%1"_s.arg(QRandomGenerator::global()->generate64(), 16, 16, QChar(u'0')));
     QFile original(source);
     QString problem;
     if (original.copy(part)) {
@@ -84,7 +84,9 @@ QString copyWhole(const QString &source, const QString &destination)
     }
     QFile::setPermissions(part, QFile::WriteOwner); // nothing that is read-only can be deleted
     QFile::remove(part);
-    return problem;
+    if (const QString reason = writeProblem(folder.path()); !reason.isEmpty())
+        return reason;
+    return problem.replace(part, destination); // it may name the file
 }
 
 } // namespace vex::detail
