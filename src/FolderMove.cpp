@@ -205,16 +205,17 @@ Error FolderMove::makeFolder(const QString &source, const QString &destination)
 
 Error FolderMove::moveFile(const QString &source, const QString &destination, bool removeSource)
 {
-    const QFileInfo before(source);
-    const QString stateBefore = fileState(source);
+    const FileState state = fileState(source);
     // a link to a device is no file: reading it might never end
-    QString problem = before.isFile() ? copyWhole(source, destination)
-                                      : FileUtilsGeneric::tr("It is neither a file nor a folder");
-    const bool isCopied = problem.isEmpty();
+    QString problem = QFileInfo(source).isFile()
+        ? copyWhole(source, destination)
+        : FileUtilsGeneric::tr("It is neither a file nor a folder");
     const qint64 bytes = QFileInfo(destination).size();
-    // the last thing before the source is deleted
-    if (isCopied
-        && (bytes != before.size() || stateBefore.isEmpty() || fileState(source) != stateBefore)) {
+    auto deletion = Deletion::Changed;
+    QString reason;
+    if (problem.isEmpty() && bytes == state.bytes)
+        deletion = deleteUnchanged(source, state, &reason);
+    if (problem.isEmpty() && deletion == Deletion::Changed) {
         QFile::remove(destination);
         problem = FileUtilsGeneric::tr("The file changed while it was copied");
     }
@@ -223,20 +224,18 @@ Error FolderMove::moveFile(const QString &source, const QString &destination, bo
         const QString text = QObject::tr("Cannot copy %1 to %2").arg(source, destination);
         return stamped(at::fileNotCopied, Q_FUNC_INFO, failure(text, problem));
     }
-    QFile file(source);
-    const bool isDeleted = file.remove();
     note({Step::Copied, false, source, destination, bytes, {}});
     m_state.bytesDone += bytes;
     ++m_state.filesDone;
-    if (isDeleted) {
+    if (deletion == Deletion::Done) {
         note({Step::Deleted, false, source, destination, bytes, {}});
         return ErrorCode::NoError;
     }
-    m_kept.insert(source, {destination, file.errorString()});
+    m_kept.insert(source, {destination, reason});
     if (!removeSource)
         return ErrorCode::NoError;
     const QString text = QObject::tr("Cannot remove %1").arg(source);
-    return stamped(at::fileNotRemoved, Q_FUNC_INFO, failure(text, file.errorString()));
+    return stamped(at::fileNotRemoved, Q_FUNC_INFO, failure(text, reason));
 }
 
 void FolderMove::note(const Step &step)

@@ -44,12 +44,34 @@ struct FolderEntry
 /// not followed.
 QList<FolderEntry> everythingBelow(const QString &path);
 
-/// Tells whether somebody has changed a file or put another one in its place: equal texts, no. Size
-/// and times as exact as the system has them; empty when there is no such file.
-QString fileState(const QString &path);
+/// Tells whether somebody has changed a file or put another one in its place.
+struct FileState
+{
+    quint64 volume = 0;
+    quint64 number = 0; ///< on that volume
+    qint64 bytes = -1; ///< -1: there is no such file
+    qint64 written = 0; ///< when its content changed, in the smallest unit that the system has
+    qint64 changed = 0; ///< when anything of it changed, which nobody can set; 0 on Windows
 
-/// What the system has against a new entry in @p folder; empty when it has nothing, or tells when it
-/// is tried.
+    bool operator==(const FileState &) const = default;
+};
+
+FileState fileState(const QString &path);
+
+/// What became of a file.
+enum class Deletion {
+    Done,
+    Changed, ///< it is not in the state that was given; nothing has been done
+    Failed,
+};
+
+/// Deletes a file that is still in @p state, with as little as there can be between the look at it
+/// and its deletion.
+/// @param reason  what the system said when it failed
+Deletion deleteUnchanged(const QString &path, const FileState &state, QString *reason);
+
+/// What the system has against a new entry in @p folder; empty when it has nothing, or tells when
+/// it is tried.
 QString writeProblem(const QString &folder);
 
 /// Copies a file, with its modification time and permissions, so that it gets its name when it is

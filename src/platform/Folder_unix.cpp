@@ -58,6 +58,18 @@ QString systemText(int error)
     return QString::fromLocal8Bit(std::strerror(error));
 }
 
+FileState stateOf(const QByteArray &path)
+{
+    struct stat status;
+    if (stat(path.constData(), &status) != 0)
+        return {};
+    const auto nanoseconds = [](const timespec &time) {
+        return qint64{time.tv_sec} * 1000000000 + time.tv_nsec;
+    };
+    return {status.st_dev, status.st_ino, status.st_size, nanoseconds(status.st_mtim),
+        nanoseconds(status.st_ctim)};
+}
+
 bool isDots(const char *name)
 {
     return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
@@ -194,17 +206,20 @@ QList<FolderEntry> everythingBelow(const QString &path)
     return entries;
 }
 
-QString fileState(const QString &path)
+FileState fileState(const QString &path)
 {
-    struct stat status;
-    if (stat(QFile::encodeName(path).constData(), &status) != 0)
-        return {};
-    // nobody can set the time of the last change, the one behind the second blank
-    const auto nanoseconds = [](const timespec &time) {
-        return QString::number(time.tv_sec) + u'.' + QString::number(time.tv_nsec);
-    };
-    return u"%1:%2 %3 %4 %5"_s.arg(QString::number(status.st_dev), QString::number(status.st_ino),
-        nanoseconds(status.st_ctim), nanoseconds(status.st_mtim), QString::number(status.st_size));
+    return stateOf(QFile::encodeName(path));
+}
+
+Deletion deleteUnchanged(const QString &path, const FileState &state, QString *reason)
+{
+    const QByteArray bytes = QFile::encodeName(path);
+    if (stateOf(bytes) != state)
+        return Deletion::Changed;
+    if (unlink(bytes.constData()) == 0)
+        return Deletion::Done;
+    *reason = systemText(errno);
+    return Deletion::Failed;
 }
 
 QString writeProblem(const QString &folder)

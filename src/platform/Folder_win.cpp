@@ -35,7 +35,7 @@ QList<FolderEntry> everythingBelow(const QString &path)
     return entries;
 }
 
-QString fileState(const QString &path)
+FileState fileState(const QString &path)
 {
     // in the form that may be longer than 259 characters
     const QString native = QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath());
@@ -50,13 +50,22 @@ QString fileState(const QString &path)
     CloseHandle(file);
     if (!isKnown)
         return {};
-    const auto number = [](DWORD high, DWORD low) {
-        return QString::number((quint64{high} << 32) | low);
-    };
-    return u"%1:%2 %3 %4"_s.arg(QString::number(info.dwVolumeSerialNumber),
-        number(info.nFileIndexHigh, info.nFileIndexLow),
-        number(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime),
-        number(info.nFileSizeHigh, info.nFileSizeLow));
+    const auto number = [](DWORD high, DWORD low) { return (quint64{high} << 32) | low; };
+    const auto signedNumber = [number](DWORD high, DWORD low) { return qint64(number(high, low)); };
+    return {info.dwVolumeSerialNumber, number(info.nFileIndexHigh, info.nFileIndexLow),
+        signedNumber(info.nFileSizeHigh, info.nFileSizeLow),
+        signedNumber(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime), 0};
+}
+
+Deletion deleteUnchanged(const QString &path, const FileState &state, QString *reason)
+{
+    QFile file(path);
+    if (fileState(path) != state)
+        return Deletion::Changed;
+    if (file.remove())
+        return Deletion::Done;
+    *reason = file.errorString();
+    return Deletion::Failed;
 }
 
 QString writeProblem(const QString &folder)
