@@ -30,31 +30,20 @@ class TestErrorUtils : public QObject
 private Q_SLOTS:
     void init() { QTest::failOnWarning(QRegularExpression(u".?"_s)); }
 
-    void checks_data()
+    void checks()
     {
         using ErrorUtils::emptyCheckReturn;
         using ErrorUtils::indexInRange;
         const QList<double> one{1.0};
-        const QList<double> none;
-        const ErrorReport good;
+        const ErrorReport empty = givenAt(u"src/algo/ErrorUtils:82"_s);
         const ErrorReport outside = givenAt(u"src/algo/ErrorUtils:120"_s);
-        QTest::addColumn<Error>("error");
-        QTest::addColumn<ErrorReport>("report");
-        QTest::newRow("an element") << emptyCheckReturn(one, given()) << good;
-        QTest::newRow("empty map") << emptyCheckReturn(QMap<QString, double>(), given())
-                                   << givenAt(u"src/algo/ErrorUtils:82"_s);
-        QTest::newRow("first index") << indexInRange(one, 0, given()) << good;
-        QTest::newRow("index -1") << indexInRange(one, -1, given()) << outside;
-        QTest::newRow("index at the end") << indexInRange(one, 1, given()) << outside;
-        QTest::newRow("outside, no error given") << indexInRange(one, 1, NoError) << good;
-        QTest::newRow("same size") << notSameSizeReturn(one, {2.0}, given()) << good;
-        QTest::newRow("none of 100") << checkOutOfBounds(none, 100) << good;
-        QTest::newRow("100 of 100") << checkOutOfBounds(QList<double>(100), 100) << good;
-    }
-    void checks()
-    {
-        QFETCH(Error, error);
-        QTEST(test::reportOf(error), "report");
+        QCOMPARE(test::reportOf(emptyCheckReturn(QMap<QString, double>(), given())), empty);
+        QCOMPARE(test::reportOf(indexInRange(one, -1, given())), outside);
+        QCOMPARE(test::reportOf(indexInRange(one, 1, given())), outside);
+        for (const Error &good : {emptyCheckReturn(one, given()), indexInRange(one, 0, given()),
+                 indexInRange(one, 1, NoError), notSameSizeReturn(one, {2.0}, given()),
+                 checkOutOfBounds(QList<double>(), 100), checkOutOfBounds(QList<double>(100), 100)})
+            QCOMPARE(test::reportOf(good), ErrorReport());
     }
 
     void loggedFailures()

@@ -146,61 +146,49 @@ private Q_SLOTS:
         }
     }
 
-    void powersEqualRepetition_data()
-    {
-        QTest::addColumn<QList<double>>("factors");
-        QTest::addColumn<int>("times");
-        QTest::newRow("two taps") << QList{1.0 - 5e-4, 5e-4} << 100000;
-        QTest::newRow("three taps") << QList{1.0 - 4e-4, 2e-4, 2e-4} << 90000;
-        QTest::newRow("in parts") << QList{0.995, 0.005, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0} << 180000;
-        QTest::newRow("first tap above 1") << QList{1.002, 5e-4} << 100000;
-        QTest::newRow("one tap") << QList{1.0 - 5e-5} << 1000000;
-    }
     void powersEqualRepetition()
     {
-        QFETCH(QList<double>, factors);
-        QFETCH(int, times);
-        const int tapCount = static_cast<int>(factors.size());
-        const Taps taps{factors.constData(), tapCount, true};
-        PatternProduct product;
-        product.multiplyRepeatedly(taps, times);
-        PatternProduct repeated;
-        for (int i = 0; i < times; ++i)
-            repeated.multiply(taps);
-        // All terms are positive, so the error is at most that of all roundings: one for each
-        // product and sum of the repetition, and some hundreds for the power. Where bits were lost
-        // to denormals on the way, nothing is compared.
-        const double tolerance =
-            (2.0 * tapCount * times + 1000.0) * std::numeric_limits<double>::epsilon() / 2.0;
-        QVERIFY(repeated.values()[repeated.size() - 1] > 1e-290);
-        QVERIFY(times * (tapCount * repeated.size() + 50.0) > PatternProduct::kExactMultiplyAdds);
-        for (int i = 0; i < repeated.size(); ++i) {
-            const double relative = product.values()[i] / repeated.values()[i] - 1.0;
-            QVERIFY2(repeated.values()[i] < 1e-290 || std::fabs(relative) <= tolerance,
-                qPrintable(QString::number(relative)));
+        for (const auto &[factors, times] :
+            {std::pair(QList{1.0 - 5e-4, 5e-4}, 100000), {{1.0 - 4e-4, 2e-4, 2e-4}, 90000},
+                {{0.995, 0.005, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0}, 180000}, // in parts
+                {{1.002, 5e-4}, 100000}, {{1.0 - 5e-5}, 1000000}}) {
+            const int tapCount = static_cast<int>(factors.size());
+            const Taps taps{factors.constData(), tapCount, true};
+            PatternProduct product;
+            product.multiplyRepeatedly(taps, times);
+            PatternProduct repeated;
+            for (int i = 0; i < times; ++i)
+                repeated.multiply(taps);
+            // All terms are positive, so the error is at most that of all roundings: one for each
+            // product and sum of the repetition, and some hundreds for the power. Where bits were
+            // lost to denormals on the way, nothing is compared.
+            const double tolerance =
+                (2.0 * tapCount * times + 1000.0) * std::numeric_limits<double>::epsilon() / 2.0;
+            const int size = repeated.size();
+            QVERIFY(repeated.values()[size - 1] > 1e-290);
+            QVERIFY(times * (tapCount * size + 50.0) > PatternProduct::kExactMultiplyAdds);
+            for (int i = 0; i < size; ++i) {
+                const double relative = product.values()[i] / repeated.values()[i] - 1.0;
+                QVERIFY2(repeated.values()[i] < 1e-290 || std::fabs(relative) <= tolerance,
+                    qPrintable(QString::number(relative)));
+            }
         }
     }
 
-    void repetitionEndsWhenNothingChanges_data()
-    {
-        QTest::addColumn<QList<double>>("factors");
-        QTest::newRow("single peak") << QList{1.0};
-        QTest::newRow("sticks at the smallest denormal") << QList{0.75};
-        QTest::newRow("runs out of the pattern") << QList{0.5, 0.3, 0.2};
-        QTest::newRow("grows to infinity") << QList{1.5, 0.25};
-        QTest::newRow("not a number") << QList{0.5, std::nan(""), 0.1};
-        QTest::newRow("nothing") << QList<double>();
-    }
     void repetitionEndsWhenNothingChanges()
     {
-        QFETCH(QList<double>, factors);
-        factors.resize(kPatternSize); // 0.0 ends what counts
-        PatternProduct endless;
-        endless.multiplyRepeatedly(tapsOf(factors.constData()), kInf);
-        PatternProduct repeated;
-        for (int i = 0; i < 5000; ++i)
-            repeated.multiply(tapsOf(factors.constData()));
-        QVERIFY(sameBits(endless.values(), repeated.values()));
+        // a single peak; one that sticks at the smallest denormal; out of the pattern; to infinity;
+        // no number; nothing
+        for (QList<double> factors : {QList{1.0}, {0.75}, {0.5, 0.3, 0.2}, {1.5, 0.25},
+                 {0.5, std::nan(""), 0.1}, QList<double>()}) {
+            factors.resize(kPatternSize); // 0.0 ends what counts
+            PatternProduct endless;
+            endless.multiplyRepeatedly(tapsOf(factors.constData()), kInf);
+            PatternProduct repeated;
+            for (int i = 0; i < 5000; ++i)
+                repeated.multiply(tapsOf(factors.constData()));
+            QVERIFY(sameBits(endless.values(), repeated.values()));
+        }
     }
 };
 

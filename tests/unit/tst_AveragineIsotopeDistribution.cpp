@@ -8,9 +8,11 @@
 #include <vex/AveragineIsotopeDistribution.h>
 #include <vex/IsotopeWorkspace.h>
 
+#include <array>
 #include <limits>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 using vex::AveragineIsotopeDistribution;
@@ -32,77 +34,47 @@ Parameters withGrid(double count, double spacing)
 
 } // namespace
 
-Q_DECLARE_METATYPE(Parameters)
-
 class TestAveragineIsotopeDistribution : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void tableAndLookUpsEqualThePlainForm_data()
-    {
-        QTest::addColumn<Parameters>("parameters");
-        QTest::addColumn<int>("count");
-        QTest::newRow("default") << Parameters() << 1000;
-        QTest::newRow("accurate") << Parameters::makeDefaultForAccurate() << 1000;
-        QTest::newRow("fractional count") << withGrid(3.25, 100.0) << 4;
-        QTest::newRow("one point") << withGrid(1.0, 100.0) << 1;
-        QTest::newRow("count below one") << withGrid(0.5, 100.0) << 1;
-        QTest::newRow("fractional spacing") << withGrid(300.0, 33.3) << 300;
-        QTest::newRow("negative spacing") << withGrid(5.0, -100.0) << 5;
-    }
     void tableAndLookUpsEqualThePlainForm()
     {
-        QFETCH(Parameters, parameters);
-        QFETCH(int, count);
-        const AveragineIsotopeDistribution table(parameters);
-        const plain::Distribution expected(parameters);
-        QCOMPARE(table.patternCount(), count);
-        const double spacing = parameters.massSpacing;
-        for (double position = -1.75; position < count + 2.0; position += 0.125) {
-            const double mass = position * spacing;
-            QCOMPARE(table.isotopeIntensityFractions(mass), expected.nearest(mass));
-            for (const int isotope : {-1, 0, 1, 5, 20, 60, 1000}) // == tells bits but for zeros
-                QVERIFY(table.isotopeFractionInterpolated(mass, isotope)
-                    == expected.interpolated(mass, isotope));
+        for (const auto &[parameters, count] :
+            {std::pair(Parameters(), 1000), {Parameters::makeDefaultForAccurate(), 1000},
+                {withGrid(3.25, 100.0), 4}, {withGrid(1.0, 100.0), 1}, {withGrid(0.5, 100.0), 1},
+                {withGrid(300.0, 33.3), 300}, {withGrid(5.0, -100.0), 5}}) {
+            const AveragineIsotopeDistribution table(parameters);
+            const plain::Distribution expected(parameters);
+            QCOMPARE(table.patternCount(), count);
+            const double spacing = parameters.massSpacing;
+            for (double position = -1.75; position < count + 2.0; position += 0.125) {
+                const double mass = position * spacing;
+                QCOMPARE(table.isotopeIntensityFractions(mass), expected.nearest(mass));
+                for (const int isotope : {-1, 0, 1, 5, 20, 60, 1000}) // == tells bits but for zeros
+                    QVERIFY(table.isotopeFractionInterpolated(mass, isotope)
+                        == expected.interpolated(mass, isotope));
+            }
+            QCOMPARE(table.isotopeIntensityFractions(0.0), plain::Shares{1.0});
         }
-        QCOMPARE(table.isotopeIntensityFractions(0.0), plain::Shares{1.0});
     }
 
-    void grid_data()
+    void gridsOfNoUse()
     {
-        QTest::addColumn<double>("count");
-        QTest::addColumn<double>("spacing");
-        QTest::addColumn<int>("patterns"); // -1: refused
-        QTest::newRow("no point") << 0.0 << 100.0 << 0;
-        QTest::newRow("negative count") << -3.0 << 100.0 << 0;
-        QTest::newRow("NaN as count") << kNaN << 100.0 << 0;
-        QTest::newRow("infinite count") << kInf << 100.0 << -1;
-        QTest::newRow("1e9 points") << 1e9 << 100.0 << -1;
-        QTest::newRow("1e9 points at one mass") << 1e9 << 0.0 << -1;
-        QTest::newRow("too long patterns") << 2e5 << 100.0 << -1;
-        QTest::newRow("no spacing") << 3.0 << 0.0 << 3;
-        QTest::newRow("NaN as spacing") << 3.0 << kNaN << 3;
-        QTest::newRow("infinite spacing") << 3.0 << kInf << -1;
-        QTest::newRow("infinite negative spacing") << 3.0 << -kInf << 3;
-        QTest::newRow("huge spacing") << 2.0 << 1e9 << -1;
-    }
-    void grid()
-    {
-        QFETCH(double, count);
-        QFETCH(double, spacing);
-        QFETCH(int, patterns);
-        if (patterns < 0) {
+        for (const auto &[count, spacing] : {std::pair(kInf, 100.0), {1e9, 100.0}, {1e9, 0.0},
+                 {2e5, 100.0}, {3.0, kInf}, {2.0, 1e9}}) // too many points or too long patterns
             QVERIFY_THROWS_EXCEPTION(
                 std::length_error, AveragineIsotopeDistribution(withGrid(count, spacing)));
-            return;
-        }
-        const AveragineIsotopeDistribution table(withGrid(count, spacing));
-        QCOMPARE(table.patternCount(), patterns);
-        const plain::Shares first = patterns ? plain::Shares{1.0} : plain::Shares{};
-        for (const double mass : {0.0, -5.0, 1e3, 1e300, kInf, -kInf, kNaN}) {
-            QCOMPARE(table.isotopeIntensityFractions(mass), first);
-            QVERIFY(table.isotopeFractionInterpolated(mass, 0) <= 1.0);
+        for (const auto &[count, spacing, patterns] : {std::tuple(0.0, 100.0, 0), {-3.0, 100.0, 0},
+                 {kNaN, 100.0, 0}, {3.0, 0.0, 3}, {3.0, kNaN, 3}, {3.0, -kInf, 3}}) {
+            const AveragineIsotopeDistribution table(withGrid(count, spacing));
+            QCOMPARE(table.patternCount(), patterns);
+            const plain::Shares first = patterns ? plain::Shares{1.0} : plain::Shares{};
+            for (const double mass : {0.0, -5.0, 1e3, 1e300, kInf, -kInf, kNaN}) {
+                QCOMPARE(table.isotopeIntensityFractions(mass), first);
+                QVERIFY(table.isotopeFractionInterpolated(mass, 0) <= 1.0);
+            }
         }
     }
 
@@ -121,36 +93,33 @@ private Q_SLOTS:
     }
 
     /// Rows as long as their pattern, and the same bytes on every platform.
-    void csv_data()
-    {
-        QTest::addColumn<Parameters>("parameters");
-        QTest::addColumn<QByteArray>("sha256");
-        QTest::newRow("default")
-            << Parameters()
-            << QByteArray("f34cda0fcc4637338174381a3634a766d0b54fb0d21b97a5973a07857f316bdb");
-        QTest::newRow("accurate")
-            << Parameters::makeDefaultForAccurate()
-            << QByteArray("3abcc8cdf9200e290e1c37edd145e5394402f51d904e8cdd3a4721d4a9303889");
-        QTest::newRow("none") << withGrid(0.0, 100.0)
-                              << QCryptographicHash::hash({}, QCryptographicHash::Sha256).toHex();
-    }
     void csv()
     {
-        QFETCH(Parameters, parameters);
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"table.csv"_s);
-        AveragineIsotopeDistribution(parameters).saveToFile(path);
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray content = file.readAll();
-        QTEST(QCryptographicHash::hash(content, QCryptographicHash::Sha256).toHex(), "sha256");
-        if (content.isEmpty())
-            return;
-        const QList<QByteArray> lines = content.split('\n');
-        QVERIFY(lines[0].startsWith("MassDalton,iso0,iso1,") && lines[0].endsWith('\r'));
-        QCOMPARE(lines[1], "0,1\r");
-        QCOMPARE(lines.size(), 1002);
-        AveragineIsotopeDistribution(parameters).saveToFile(folder.path()); // fails silently
+        const std::pair<Parameters, QByteArray> recorded[] = {
+            {Parameters(), "f34cda0fcc4637338174381a3634a766d0b54fb0d21b97a5973a07857f316bdb"},
+            {Parameters::makeDefaultForAccurate(),
+                "3abcc8cdf9200e290e1c37edd145e5394402f51d904e8cdd3a4721d4a9303889"},
+            {withGrid(0.0, 100.0), // nothing at all
+                "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"}};
+        for (const auto &[parameters, sha256] : recorded) {
+            const AveragineIsotopeDistribution table(parameters);
+            table.saveToFile(folder.path()); // fails silently
+            table.saveToFile(path);
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            const QByteArray content = file.readAll();
+            QCOMPARE(QCryptographicHash::hash(content, QCryptographicHash::Sha256).toHex(), sha256);
+        }
+    }
+
+    void parametersInOneWord()
+    {
+        QCOMPARE(Parameters().toStringDevFriendly(),
+            u"massspacing_100__avgDist_1000__interTrim_0.0001__finalTrim_0.001"_s);
+        QCOMPARE(withGrid(1e9 / 3.0, 1e-7).toStringDevFriendly(),
+            u"massspacing_1e-07__avgDist_3.33333e+08__interTrim_0.0001__finalTrim_0.001"_s);
     }
 
     void threadsShareOneTable()
@@ -167,32 +136,19 @@ private Q_SLOTS:
             QCOMPARE(answer, alone);
     }
 
-    void parametersInOneWord()
-    {
-        QCOMPARE(Parameters().toStringDevFriendly(),
-            u"massspacing_100__avgDist_1000__interTrim_0.0001__finalTrim_0.001"_s);
-        QCOMPARE(withGrid(1e9 / 3.0, 1e-7).toStringDevFriendly(),
-            u"massspacing_1e-07__avgDist_3.33333e+08__interTrim_0.0001__finalTrim_0.001"_s);
-    }
-
-    void workspaceSets_data()
-    {
-        QTest::addColumn<int>("set");
-        QTest::addColumn<plain::Shares>("sulfur");
-        QTest::newRow("0") << 0 << plain::Shares{0.9499, 0.0075, 0.0425, 0.0, 0.0001};
-        QTest::newRow("1") << 1 << plain::Shares{0.9502, 0.0075, 0.0421, 0.0002, 0.0};
-        QTest::newRow("2") << 2 << plain::Shares{0.9499, 0.0076, 0.0429, 0.0, 0.0002};
-        QTest::newRow("beyond") << 7 << plain::Shares{0.9499, 0.0076, 0.0429, 0.0, 0.0002};
-    }
     void workspaceSets()
     {
-        QFETCH(int, set);
-        const IsotopeWorkspace workspace(
-            static_cast<IsotopeWorkspace::IsotopeCompositionRatios>(set));
-        QTEST(workspace.isotopeAbundances[4], "sulfur");
-        QCOMPARE(workspace.residueCompositions.size(), 27U);
-        const vex::ResidueCompositions::AtomCounts tryptophan{11, 10, 2, 1, 0};
-        QCOMPARE(workspace.residueCompositions.at("W").get(), tryptophan);
+        const std::pair<int, plain::Shares> sulfurs[] = {{0, {0.9499, 0.0075, 0.0425, 0.0, 0.0001}},
+            {1, {0.9502, 0.0075, 0.0421, 0.0002, 0.0}}, {2, {0.9499, 0.0076, 0.0429, 0.0, 0.0002}},
+            {7, {0.9499, 0.0076, 0.0429, 0.0, 0.0002}}}; // beyond the last
+        for (const auto &[set, sulfur] : sulfurs) {
+            const IsotopeWorkspace workspace(
+                static_cast<IsotopeWorkspace::IsotopeCompositionRatios>(set));
+            QCOMPARE(workspace.isotopeAbundances[4], sulfur);
+            QCOMPARE(workspace.residueCompositions.size(), 27U);
+            const vex::ResidueCompositions::AtomCounts tryptophan{11, 10, 2, 1, 0};
+            QCOMPARE(workspace.residueCompositions.at("W").get(), tryptophan);
+        }
     }
 
     void stepAddsAtomsOfEveryElement()

@@ -6,6 +6,7 @@
 #include <vex/AveragineIsotopeModelRefactored.h>
 #include <vex/ElementsIsoMassAndAbundances.h>
 
+#include <array>
 #include <cmath>
 #include <limits>
 #include <vector>
@@ -52,17 +53,14 @@ ElementsIsoMassAndAbundances tableOf(const QList<Isotopes> &elements)
 std::vector<long double> exactPattern(int units, std::size_t peaks)
 {
     const long double atoms = 4.9384L + 7.7583L + 1.3577L + 1.4773L + 0.0417L;
-    const long double shares[][3] = {{4.9384L, 0.9893L, 0.0107L}, {7.7583L, 0.999885L, 0.000115L},
-        {1.3577L, 0.99632L, 0.00368L}};
     long double unit[3] = {};
-    for (const auto &element : shares) {
-        unit[0] += element[0] * element[1] / atoms;
-        unit[1] += element[0] * element[2] / atoms;
+    for (const auto &[count, first, second, third] : {std::array{4.9384L, 0.9893L, 0.0107L, 0.0L},
+             {7.7583L, 0.999885L, 0.000115L, 0.0L}, {1.3577L, 0.99632L, 0.00368L, 0.0L},
+             {1.4773L, 0.99757L, 0.00038L, 0.00205L}, {0.0417L, 0.9493L, 0.0076L, 0.0431L}}) {
+        unit[0] += count * first / atoms;
+        unit[1] += count * second / atoms;
+        unit[2] += count * third / atoms;
     }
-    const long double oxygen[] = {0.99757L, 0.00038L, 0.00205L};
-    const long double sulfur[] = {0.9493L, 0.0076L, 0.0431L};
-    for (int i = 0; i < 3; ++i)
-        unit[i] += (1.4773L * oxygen[i] + 0.0417L * sulfur[i]) / atoms;
     std::vector<long double> pattern(peaks);
     pattern[0] = 1.0L;
     for (; units > 0; --units) {
@@ -77,43 +75,32 @@ std::vector<long double> exactPattern(int units, std::size_t peaks)
 
 } // namespace
 
-Q_DECLARE_METATYPE(ElementsIsoMassAndAbundances)
-
 class TestAveragineIsotopeModelRefactored : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void patternsAreExact_data()
-    {
-        QTest::addColumn<int>("capacity");
-        QTest::addColumn<int>("units");
-        for (const int units : {0, 1, 9, 10, 111, 1000, 14033, 21047, 70007}) {
-            for (const int capacity : {3, 100, 400})
-                QTest::addRow("%d units, %d peaks", units, capacity) << capacity << units;
-        }
-    }
     void patternsAreExact()
     {
-        QFETCH(int, capacity);
-        QFETCH(int, units);
-        AveragineIsotopeModelRefactored model(capacity);
-        QVERIFY(!model.init(formulaOf(kAveragine)).hasError());
-        const double mass = units * model.merMass();
-        QList<double> pattern{7.0};
-        const int best = model.peakIntensityRatiosFromMass(mass, &pattern).value();
-        QCOMPARE(pattern.size(), capacity);
-        const auto expected = exactPattern(units, std::size_t(capacity));
-        double sum = 0.0;
-        for (int k = 0; k < capacity; ++k) {
-            QVERIFY(std::fabs(pattern[k] - double(expected[std::size_t(k)])) < 1e-12);
-            sum += pattern[k];
+        for (const int units : {0, 1, 9, 10, 111, 1000, 14033, 21047, 70007}) {
+            const auto expected = exactPattern(units, 400); // the first ones of any capacity
+            for (const int capacity : {3, 100, 400}) {
+                AveragineIsotopeModelRefactored model(capacity);
+                QVERIFY(!model.init(formulaOf(kAveragine)).hasError());
+                const double mass = units * model.merMass();
+                QList<double> pattern{7.0};
+                const int best = model.peakIntensityRatiosFromMass(mass, &pattern).value();
+                QCOMPARE(pattern.size(), capacity);
+                double sum = 0.0;
+                for (int k = 0; k < capacity; ++k) {
+                    QVERIFY(std::fabs(pattern[k] - double(expected[std::size_t(k)])) < 1e-12);
+                    sum += pattern[k];
+                }
+                const auto highest = std::max_element(pattern.cbegin(), pattern.cend());
+                QCOMPARE(best, *highest > 0.0 ? int(highest - pattern.cbegin()) : -1);
+                QVERIFY(std::fabs(model.signalCoverage(mass) - sum) < 1e-15 * capacity);
+            }
         }
-        const auto highest = std::max_element(pattern.cbegin(), pattern.cend());
-        QCOMPARE(best, *highest > 0.0 ? int(highest - pattern.cbegin()) : -1);
-        QVERIFY(std::fabs(model.signalCoverage(mass) - sum) < 1e-15 * capacity);
-        if (capacity == 400 && mass < 1.51e5)
-            QVERIFY(sum > 0.9999);
     }
 
     void answersAgreeWithTheClassicModel()
@@ -130,15 +117,13 @@ private Q_SLOTS:
             for (const double mass : {0.0, -1.0, 3.0, 5808.3, 66430.0, kInf, kNaN}) {
                 const int expected = classic.peakIntensityRatiosFromMass(mass, &pattern).value();
                 QCOMPARE(list.peakIntensityRatiosFromMass(mass, &pattern).value(), expected);
-                if (std::isfinite(mass)) {
-                    const double bound = 1e-12 * (1.0 + std::fabs(mass));
-                    QVERIFY(std::fabs(list.getMonoFromAverageMer(mass)
-                                - classic.getMonoFromAverageMer(mass))
-                        < bound);
-                    QVERIFY(std::fabs(list.getAverageFromMonoMass(mass)
-                                - classic.getAverageFromMonoMass(mass))
-                        < bound);
-                }
+                if (!std::isfinite(mass))
+                    continue;
+                const double bound = 1e-12 * (1.0 + std::fabs(mass));
+                const double mono = classic.getMonoFromAverageMer(mass);
+                const double average = classic.getAverageFromMonoMass(mass);
+                QVERIFY(std::fabs(list.getMonoFromAverageMer(mass) - mono) < bound);
+                QVERIFY(std::fabs(list.getAverageFromMonoMass(mass) - average) < bound);
             }
         }
     }
@@ -167,76 +152,54 @@ private Q_SLOTS:
         QVERIFY(std::fabs(own.getMonoFromAverageMer(own.merMass()) - 31.97) < 1e-12);
     }
 
-    void refusedElementsLeaveTheModelAsItWas_data()
-    {
-        const Isotopes good{{12.0, 1.0}};
-        QTest::addColumn<ElementsIsoMassAndAbundances>("table");
-        QTest::addColumn<QString>("message");
-        const auto row = [](const char *name, const QList<Isotopes> &elements,
-                             const QString &text) {
-            QTest::newRow(name) << tableOf(elements) << text;
-        };
-        row("too many", QList<Isotopes>(9, good),
-            u"The table holds 9 elements, there are 8 atom types."_s);
-        row("no isotope", {good, {}}, u"Element 1 has no abundance above 0."_s);
-        row("no abundance", {{{12.0, 0.0}}}, u"Element 0 has no abundance above 0."_s);
-        row("negative abundance", {good, {{1.0, 1.0}, {2.0, -0.1}}},
-            u"Element 1, isotope 1: the abundance is -0.1."_s);
-        row("NaN as abundance", {{{12.0, kNaN}}}, u"Element 0, isotope 0: the abundance is nan."_s);
-        row("infinite abundance", {{{12.0, kInf}}},
-            u"Element 0, isotope 0: the abundance is inf."_s);
-        row("no mass", {{{0.0, 1.0}}}, u"Element 0, isotope 0: the mass is 0."_s);
-        row("infinite mass", {{{kInf, 1.0}}}, u"Element 0, isotope 0: the mass is inf."_s);
-        row("not of the composition", {},
-            u"The composition holds 4.9384 atoms of type 0, which has no isotopes."_s);
-        row("isotopes far apart", QList<Isotopes>(5, {{12.0, 0.5}, {1e9, 0.5}}),
-            u"Convolution index out of bounds.."_s);
-    }
     void refusedElementsLeaveTheModelAsItWas()
     {
-        QFETCH(ElementsIsoMassAndAbundances, table);
-        QFETCH(QString, message);
-        AveragineIsotopeModelRefactored model;
-        QVERIFY(!model.init(formulaOf(kAveragine)).hasError());
-        QList<double> before;
-        QList<double> after;
-        std::ignore = model.peakIntensityRatiosFromMass(1e4, &before);
-        QTest::ignoreMessage(QtCriticalMsg, qPrintable(message));
-        const Error error = model.initElementsIsoMassAndAbundance(table);
-        QCOMPARE(error.code(), GeneralFailure);
-        QVERIFY(!error.trace().isEmpty());
-        std::ignore = model.peakIntensityRatiosFromMass(1e4, &after);
-        QCOMPARE(after, before);
-        QVERIFY(!model.init(formulaOf({{Type::H, 1.0}, {Type::S, 1.0}})).hasError());
+        const Isotopes good{{12.0, 1.0}};
+        const std::pair<QList<Isotopes>, const char *> tables[] = {
+            {QList<Isotopes>(9, good), "The table holds 9 elements, there are 8 atom types."},
+            {{good, {}}, "Element 1 has no abundance above 0."},
+            {{{{12.0, 0.0}}}, "Element 0 has no abundance above 0."},
+            {{good, {{1.0, 1.0}, {2.0, -0.1}}}, "Element 1, isotope 1: the abundance is -0.1."},
+            {{{{12.0, kNaN}}}, "Element 0, isotope 0: the abundance is nan."},
+            {{{{12.0, kInf}}}, "Element 0, isotope 0: the abundance is inf."},
+            {{{{0.0, 1.0}}}, "Element 0, isotope 0: the mass is 0."},
+            {{{{kInf, 1.0}}}, "Element 0, isotope 0: the mass is inf."},
+            {{}, "The composition holds 4.9384 atoms of type 0, which has no isotopes."},
+            {QList<Isotopes>(5, {{12.0, 0.5}, {1e9, 0.5}}), "Convolution index out of bounds.."}};
+        for (const auto &[elements, message] : tables) {
+            AveragineIsotopeModelRefactored model;
+            QVERIFY(!model.init(formulaOf(kAveragine)).hasError());
+            QList<double> before;
+            QList<double> after;
+            std::ignore = model.peakIntensityRatiosFromMass(1e4, &before);
+            QTest::ignoreMessage(QtCriticalMsg, message);
+            const Error error = model.initElementsIsoMassAndAbundance(tableOf(elements));
+            QCOMPARE(error.code(), GeneralFailure);
+            QVERIFY(!error.trace().isEmpty());
+            std::ignore = model.peakIntensityRatiosFromMass(1e4, &after);
+            QCOMPARE(after, before);
+            QVERIFY(!model.init(formulaOf({{Type::H, 1.0}, {Type::S, 1.0}})).hasError());
+        }
     }
 
-    void refusedCompositions_data()
-    {
-        QTest::addColumn<int>("capacity");
-        QTest::addColumn<Counts>("counts");
-        QTest::newRow("nothing") << 100 << Counts{};
-        QTest::newRow("negative") << 100 << Counts{{Type::C, 5.0}, {Type::H, -1.0}};
-        QTest::newRow("not a number") << 100 << Counts{{Type::C, kNaN}};
-        QTest::newRow("infinite") << 100 << Counts{{Type::C, kInf}};
-        QTest::newRow("spare type") << 100 << Counts{{Type::Reserved, 1.0}};
-        QTest::newRow("capacity below one unit") << 2 << kAveragine;
-        QTest::newRow("no capacity") << 0 << kAveragine;
-        QTest::newRow("negative capacity") << -1 << kAveragine;
-    }
     void refusedCompositions()
     {
-        QFETCH(int, capacity);
-        QFETCH(Counts, counts);
-        AveragineIsotopeModelRefactored model(capacity);
-        const QRegularExpression any(u"."_s);
-        QTest::ignoreMessage(QtCriticalMsg, any);
-        QCOMPARE(model.init(formulaOf(counts)).code(), GeneralFailure);
-        QCOMPARE(model.merMass(), 0.0);
-        QList<double> pattern;
-        if (capacity < 1)
+        const std::pair<int, Counts> refused[] = {{100, {}},
+            {100, {{Type::C, 5.0}, {Type::H, -1.0}}}, {100, {{Type::C, kNaN}}},
+            {100, {{Type::C, kInf}}}, {100, {{Type::Reserved, 1.0}}}, {2, kAveragine},
+            {0, kAveragine}, {-1, kAveragine}}; // an atom needs three places
+        for (const auto &[capacity, counts] : refused) {
+            AveragineIsotopeModelRefactored model(capacity);
+            const QRegularExpression any(u"."_s);
             QTest::ignoreMessage(QtCriticalMsg, any);
-        QCOMPARE(model.peakIntensityRatiosFromMass(1e4, &pattern).hasError(), capacity < 1);
-        QCOMPARE(model.signalCoverage(1e4), capacity < 1 ? 0.0 : 1.0);
+            QCOMPARE(model.init(formulaOf(counts)).code(), GeneralFailure);
+            QCOMPARE(model.merMass(), 0.0);
+            QList<double> pattern;
+            if (capacity < 1)
+                QTest::ignoreMessage(QtCriticalMsg, any);
+            QCOMPARE(model.peakIntensityRatiosFromMass(1e4, &pattern).hasError(), capacity < 1);
+            QCOMPARE(model.signalCoverage(1e4), capacity < 1 ? 0.0 : 1.0);
+        }
     }
 
     void elementTable()

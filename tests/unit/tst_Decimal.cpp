@@ -15,30 +15,21 @@ class TestDecimal : public QObject
 private Q_SLOTS:
     void cleanup() { QLocale::setDefault(QLocale::c()); }
 
-    void texts_data()
-    {
-        QTest::addColumn<QString>("locale");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<double>("value");
-        QTest::addColumn<int>("sigFig");
-        QTest::addColumn<QString>("shown");
-        QTest::newRow("three digits") << u"C"_s << u"3.140"_s << 3.14 << 3 << u"3.140"_s;
-        QTest::newRow("no point") << u"C"_s << u"42"_s << 42.0 << 0 << u"42"_s;
-        QTest::newRow("blank behind") << u"C"_s << u"1.5 "_s << 1.5 << 2 << u"1.50"_s;
-        QTest::newRow("no number") << u"C"_s << u"abc.d"_s << 0.0 << 1 << u"0.0"_s;
-        QTest::newRow("comma") << u"de_DE"_s << u"1234,50"_s << 1234.5 << 2 << u"1.234,50"_s;
-        QTest::newRow("other point") << u"de_DE"_s << u"1x50"_s << 0.0 << 0 << u"0"_s;
-    }
     void texts()
     {
-        QFETCH(QString, locale);
-        QFETCH(QString, text);
-        QLocale::setDefault(QLocale(locale));
-        const Decimal decimal = Decimal::fromString(text);
-        QTEST(decimal.value(), "value");
-        QTEST(decimal.sigFig(), "sigFig");
-        QTEST(decimal.toString(), "shown");
-        QVERIFY(Decimal::fromJson(decimal.toJson()) == decimal);
+        for (const auto &[locale, text, value, sigFig, shown] :
+            {std::tuple(u"C"_s, u"3.140"_s, 3.14, 3, u"3.140"_s),
+                {u"C"_s, u"42"_s, 42.0, 0, u"42"_s}, {u"C"_s, u"1.5 "_s, 1.5, 2, u"1.50"_s},
+                {u"C"_s, u"abc.d"_s, 0.0, 1, u"0.0"_s},
+                {u"de_DE"_s, u"1234,50"_s, 1234.5, 2, u"1.234,50"_s},
+                {u"de_DE"_s, u"1x50"_s, 0.0, 0, u"0"_s}}) {
+            QLocale::setDefault(QLocale(locale));
+            const Decimal decimal = Decimal::fromString(text);
+            QCOMPARE(decimal.value(), value);
+            QCOMPARE(decimal.sigFig(), sigFig);
+            QCOMPARE(decimal.toString(), shown);
+            QVERIFY(Decimal::fromJson(decimal.toJson()) == decimal);
+        }
     }
 
     void valuesTravel()

@@ -17,11 +17,6 @@ namespace {
 
 using R = Result<int>;
 
-struct Operation
-{
-    void (*run)(R *result);
-};
-
 Error unreadable()
 {
     Error error(FileAccessError, "größer als %1");
@@ -102,39 +97,37 @@ private Q_SLOTS:
         QCOMPARE(success.errorMessages(), QStringList{u"fine"_s});
     }
 
-    void warningsReachResultAndHeldError_data()
-    {
-        QTest::addColumn<Operation>("operation");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("add one") << Operation{[](R *r) { r->addWarning(u"b"_s); }} << u"ab"_s;
-        QTest::newRow("add several") << Operation{[](R *r) {
-            r->addWarnings({u"b"_s, u"c"_s});
-        }} << u"abc"_s;
-        QTest::newRow("clear") << Operation{[](R *r) { r->clearWarnings(); }} << u""_s;
-        QTest::newRow("replace by one")
-            << Operation{[](R *r) { r->resetWarning(u"b"_s); }} << u"b"_s;
-        QTest::newRow("replace by several") << Operation{[](R *r) {
-            r->resetWarnings({u"b"_s, u"c"_s});
-        }} << u"bc"_s;
-    }
     void warningsReachResultAndHeldError()
     {
-        QFETCH(Operation, operation);
-        QFETCH(QString, expected);
-        const R before(unreadable());
-        R failed = before;
-        QCOMPARE(failed.warnings(), unreadable().warnings());
-        operation.run(&failed);
-        QCOMPARE(failed.warnings().join(QString()), expected);
-        QCOMPARE(failed.error().warnings().join(QString()), expected);
-        QCOMPARE((before.warnings() + before.error().warnings()).join(QString()), u"aa"_s);
+        using Operation = void (*)(R *);
+        const std::pair<Operation, QString> operations[] = {
+            {[](R *r) { r->addWarning(u"b"_s); }, u"ab"_s},
+            {[](R *r) {
+                 r->addWarnings({u"b"_s, u"c"_s});
+             },
+                u"abc"_s},
+            {[](R *r) { r->clearWarnings(); }, u""_s},
+            {[](R *r) { r->resetWarning(u"b"_s); }, u"b"_s},
+            {[](R *r) {
+                 r->resetWarnings({u"b"_s, u"c"_s});
+             },
+                u"bc"_s}};
+        for (const auto &[run, expected] : operations) {
+            const R before(unreadable());
+            R failed = before;
+            QCOMPARE(failed.warnings(), unreadable().warnings());
+            run(&failed);
+            QCOMPARE(failed.warnings().join(QString()), expected);
+            QCOMPARE(failed.error().warnings().join(QString()), expected);
+            QCOMPARE((before.warnings() + before.error().warnings()).join(QString()), u"aa"_s);
 
-        R good(7);
-        QVERIFY(good.warnings().isEmpty());
-        good.addWarning(u"a"_s);
-        operation.run(&good);
-        QCOMPARE(good.warnings().join(QString()), expected);
-        QCOMPARE(good.value(), 7);
+            R good(7);
+            QVERIFY(good.warnings().isEmpty());
+            good.addWarning(u"a"_s);
+            run(&good);
+            QCOMPARE(good.warnings().join(QString()), expected);
+            QCOMPARE(good.value(), 7);
+        }
     }
 
     void passingOnIsOneStatement()

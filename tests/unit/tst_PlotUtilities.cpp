@@ -69,8 +69,14 @@ bool same(const Result<T> &result, const std::optional<T> &expected)
 
 bool same(const QList<double> &p, const QList<double> &q)
 {
-    return std::equal(
-        p.begin(), p.end(), q.begin(), q.end(), [](double a, double b) { return same(a, b); });
+    return std::ranges::equal(p, q, [](double a, double b) { return same(a, b); });
+}
+
+/// Points likewise.
+bool same(const QList<QPointF> &p, const QList<QPointF> &q)
+{
+    return std::ranges::equal(
+        p, q, [](QPointF a, QPointF b) { return same(a.x(), b.x()) && same(a.y(), b.y()); });
 }
 
 } // namespace
@@ -93,15 +99,8 @@ private Q_SLOTS:
             const auto expected = plain::mergeDomains(a, b);
             QVERIFY2(same(domain.value(), *expected), shown); // neither ever fails
             const auto difference = subtract(a, b, 5.0);
-            if (const auto plainDifference = plain::subtract(a, b)) {
-                const QList<QPointF> &p = difference.value().points();
-                const QList<QPointF> &q = plainDifference->points();
-                QVERIFY2(std::equal(p.begin(), p.end(), q.begin(), q.end(),
-                             [](const QPointF &s, const QPointF &t) {
-                                 return same(s.x(), t.x()) && same(s.y(), t.y());
-                             }),
-                    shown);
-            }
+            if (const auto plainDifference = plain::subtract(a, b))
+                QVERIFY2(same(difference.value().points(), plainDifference->points()), shown);
             const auto area = plain::relativeAreaOfError(a, b);
             const auto correlation = plain::pearsonsCorrelation(a, b);
             QVERIFY2(same(relativeAreaOfError(a, b, 5.0), area), shown);
@@ -120,56 +119,45 @@ private Q_SLOTS:
         }
     }
 
-    void intervalsOfLongSignals_data()
-    {
-        QTest::addColumn<int>("kind");
-        QTest::newRow("random gaps") << 0;
-        QTest::newRow("equal gaps") << 1;
-        QTest::newRow("few long gaps where the sample looks") << 2;
-        QTest::newRow("descending") << 3;
-        QTest::newRow("not a number now and then") << 4;
-    }
     void intervalsOfLongSignals()
     {
-        QFETCH(int, kind);
-        QRandomGenerator random(7);
-        PlotBase plot;
-        double x = 0.0;
-        for (int i = 0; i < 50001; ++i) {
-            const double gap = kind == 1 ? 0.25 : random.generateDouble();
-            x += kind == 2 && i % 48 == 1 ? 1000.0 : kind == 3 ? -gap : gap;
-            plot.points().append({kind == 4 && i % 9 == 0 ? kNaN : x, 1.0});
+        enum Kind {
+            RandomGaps,
+            EqualGaps,
+            LongGapsWhereTheSampleLooks,
+            Descending,
+            SomeNaN
+        };
+        for (int kind = RandomGaps; kind <= SomeNaN; ++kind) {
+            QRandomGenerator random(7);
+            PlotBase plot;
+            double x = 0.0;
+            for (int i = 0; i < 50001; ++i) {
+                const double gap = kind == EqualGaps ? 0.25 : random.generateDouble();
+                const bool isLong = kind == LongGapsWhereTheSampleLooks && i % 48 == 1;
+                x += isLong ? 1000.0 : kind == Descending ? -gap : gap;
+                plot.points().append({kind == SomeNaN && i % 9 == 0 ? kNaN : x, 1.0});
+            }
+            const auto interval = PlotUtilities::guessSamplingInterval(plot);
+            QVERIFY(same(interval, plain::guessSamplingInterval(plot)));
         }
-        QVERIFY(
-            same(PlotUtilities::guessSamplingInterval(plot), plain::guessSamplingInterval(plot)));
     }
 
-    void domains_data()
-    {
-        using Points = QList<QPointF>;
-        QTest::addColumn<Points>("a");
-        QTest::addColumn<Points>("b");
-        QTest::addColumn<QList<double>>("domain");
-        const auto row = [](const char *name, const Points &a, const Points &b,
-                             const QList<double> &domain) {
-            QTest::newRow(name) << a << b << domain;
-        };
-        row("one empty: as it stands", {}, {{3, 1}, {1, 1}, {1, 1}}, {3, 1, 1});
-        row("one point each", {{2, 0}}, {{4, 0}}, {2, 3, 4});
-        row("ends at zero", {{0, 0}, {2, 5}, {4, 0}}, {{1, 0}, {2, 7}, {3, 0}}, {0, 1, 2, 3, 4});
-        row("inner ends are extended", {{0, 0}, {4, 1}, {8, 0}, {12, 0}}, {{5, 1}, {6, 1}},
-            {0, 1, 4, 5, 6, 8, 10, 12});
-        row("longer one's interval, second of equals", {{0, 1}, {10, 1}}, {{2, 1}, {5, 1}},
-            {0, 2, 5, 8, 10});
-        row("closer than 1e-6", {{0, 0}, {1, 1}, {2, 0}},
-            {{0.0, 0}, {1.0000005, 1}, {2.0000005, 0}}, {0, 1, 2});
-        row("1e-6 apart", {{0, 0}, {1, 0}}, {{0.000001, 0}, {1, 0}}, {0, 0.000001, 1});
-    }
     void domains()
     {
-        QFETCH(QList<QPointF>, a);
-        QFETCH(QList<QPointF>, b);
-        QTEST(PlotUtilities::mergeDomains(plotOf(a), plotOf(b), 9.0).value(), "domain");
+        const std::tuple<QList<QPointF>, QList<QPointF>, QList<double>> table[] = {
+            {{}, {{3, 1}, {1, 1}, {1, 1}}, {3, 1, 1}}, // one empty: as it stands
+            {{{2, 0}}, {{4, 0}}, {2, 3, 4}},
+            // ends at zero stay, others are extended
+            {{{0, 0}, {2, 5}, {4, 0}}, {{1, 0}, {2, 7}, {3, 0}}, {0, 1, 2, 3, 4}},
+            {{{0, 0}, {4, 1}, {8, 0}, {12, 0}}, {{5, 1}, {6, 1}}, {0, 1, 4, 5, 6, 8, 10, 12}},
+            // the longer one's interval, the second of equals
+            {{{0, 1}, {10, 1}}, {{2, 1}, {5, 1}}, {0, 2, 5, 8, 10}},
+            // closer than 1e-6, and 1e-6 apart
+            {{{0, 0}, {1, 1}, {2, 0}}, {{0, 0}, {1.0000005, 1}, {2.0000005, 0}}, {0, 1, 2}},
+            {{{0, 0}, {1, 0}}, {{0.000001, 0}, {1, 0}}, {0, 0.000001, 1}}};
+        for (const auto &[a, b, domain] : table)
+            QCOMPARE(PlotUtilities::mergeDomains(plotOf(a), plotOf(b), 9.0).value(), domain);
     }
 
     void intervalsNeedTwoPoints()
@@ -181,34 +169,27 @@ private Q_SLOTS:
             QCOMPARE(test::reportOf(PlotUtilities::guessSamplingInterval(plot).error()), expected);
     }
 
-    void thresholds_data()
+    void thresholds()
     {
-        QTest::addColumn<bool>("isTrue");
         using namespace PlotUtilities;
         const auto equal = [](double p, double q) {
             return centroidedPlotSame(plotOf({{1, p}}), plotOf({{1, q}})).value()
                 && centroidedPlotSame(plotOf({{p, 1}}), plotOf({{q, 1}})).value();
         };
-        QTest::newRow("1000 within 1e-9") << equal(1000.0, 1000.0000000005);
-        QTest::newRow("0.5 beyond 1e-12") << !equal(0.5, 0.500000000002);
-        QTest::newRow("NaN") << !equal(kNaN, kNaN);
-        QTest::newRow("sizes") << !centroidedPlotSame(plotOf({{1, 1}}), {}).value();
-        QTest::newRow("both empty") << centroidedPlotSame({}, {}).value();
+        QVERIFY(equal(1000.0, 1000.0000000005)); // within 1e-9
+        QVERIFY(!equal(0.5, 0.500000000002)); // beyond 1e-12
+        QVERIFY(!equal(kNaN, kNaN));
+        QVERIFY(!centroidedPlotSame(plotOf({{1, 1}}), {}).value());
+        QVERIFY(centroidedPlotSame({}, {}).value());
         const PlotBase zero = plotOf({{0, 1e-12}, {1, -1e-12}});
         const PlotBase low = plotOf({{0, 2e-12}, {1, 0}});
-        QTest::newRow("1e-12 is zero") << plotSame(zero, {}, 0.0, -1.0, 2.0).value();
-        QTest::newRow("2e-12 is not") << !plotSame(low, zero, 0.0, kInf, -2.0).value();
-        QTest::newRow("NaN limits let pass") << plotSame(low, low, 0.0, kNaN, kNaN).value();
+        QVERIFY(plotSame(zero, {}, 0.0, -1.0, 2.0).value());
+        QVERIFY(!plotSame(low, zero, 0.0, kInf, -2.0).value());
+        QVERIFY(plotSame(low, low, 0.0, kNaN, kNaN).value()); // such limits let pass
         QList<double> values{1.0, 1.0000005, 1.0000011, 2.0};
         std::ignore = removeCloseValues(&values, 1e-6);
-        QTest::newRow("drift") << (values == QList<double>{1.0, 1.0000011, 2.0});
-        QTest::newRow("magnitude") << (PlotUtilities::abs(plotOf({{1, -2}, {2, 3}})).points()
-            == QList<QPointF>{{1, 2}, {2, 3}});
-    }
-    void thresholds()
-    {
-        QFETCH(bool, isTrue);
-        QVERIFY(isTrue);
+        QCOMPARE(values, (QList<double>{1.0, 1.0000011, 2.0}));
+        QCOMPARE(PlotUtilities::abs(plotOf({{1, -2}})).points(), (QList<QPointF>{{1, 2}}));
     }
 
     void verdictsAndFindings()
