@@ -237,7 +237,7 @@ QString copyWhole(const QString &source, const QString &destination)
         if (access(QFile::encodeName(source).constData(), R_OK) != 0)
             return systemText(errno);
         const QString folder = QFileInfo(destination).path();
-        if (const QString problem = writeProblem(folder); !problem.isEmpty())
+        if (QString problem = writeProblem(folder); !problem.isEmpty())
             return problem;
         struct statvfs disk;
         const bool isKnown = statvfs(QFile::encodeName(folder).constData(), &disk) == 0;

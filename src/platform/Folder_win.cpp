@@ -93,7 +93,7 @@ QString copyWhole(const QString &source, const QString &destination)
     }
     QFile::setPermissions(part, QFile::WriteOwner); // nothing that is read-only can be deleted
     QFile::remove(part);
-    if (const QString reason = writeProblem(folder.path()); !reason.isEmpty())
+    if (QString reason = writeProblem(folder.path()); !reason.isEmpty())
         return reason;
     return problem.replace(part, destination); // it may name the file
 }
