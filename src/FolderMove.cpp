@@ -183,24 +183,24 @@ bool FolderMove::renameFolder(const QString &source, const QString &destination)
 
 Error FolderMove::makeFolder(const QString &source, const QString &destination)
 {
-    if (!destination.isEmpty() && QDir(destination).exists() && !isBelow(destination, source))
-        return ErrorCode::NoError;
     QString reason;
-    if (destination.isEmpty()) // it would be the root
+    if (destination.isEmpty()) { // it would be the root
         reason = FileUtilsGeneric::tr("It has no name");
-    else if (isBelow(destination, source))
+    } else if (isBelow(destination, source)) {
         reason = FileUtilsGeneric::tr("It lies in the folder that is to be moved");
-    if (!reason.isEmpty() || !QDir().mkpath(destination)) {
-        if (reason.isEmpty())
-            reason = folderProblem(destination);
-        const QString text = QObject::tr("Cannot create folder %1").arg(destination);
-        return stamped(at::destinationNotCreated, Q_FUNC_INFO, failure(text, reason));
+    } else if (QDir(destination).exists()) {
+        return ErrorCode::NoError;
+    } else if (QDir().mkpath(destination)) {
+        // others must not see more than before; our own files have to get in
+        QFile::setPermissions(destination,
+            QFile::permissions(source) | QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        note({Step::Created, true, QDir::cleanPath(source), QDir::cleanPath(destination), 0, {}});
+        return ErrorCode::NoError;
+    } else {
+        reason = folderProblem(destination);
     }
-    // others must not see more than before; our own files have to get in
-    QFile::setPermissions(destination,
-        QFile::permissions(source) | QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    note({Step::Created, true, QDir::cleanPath(source), QDir::cleanPath(destination), 0, {}});
-    return ErrorCode::NoError;
+    const QString text = QObject::tr("Cannot create folder %1").arg(destination);
+    return stamped(at::destinationNotCreated, Q_FUNC_INFO, failure(text, reason));
 }
 
 Error FolderMove::moveFile(const QString &source, const QString &destination, bool removeSource)
@@ -216,6 +216,7 @@ Error FolderMove::moveFile(const QString &source, const QString &destination, bo
     if (problem.isEmpty() && bytes == state.bytes)
         deletion = deleteUnchanged(source, state, &reason);
     if (problem.isEmpty() && deletion == Deletion::Changed) {
+        QFile::setPermissions(destination, QFile::WriteOwner); // Windows keeps what is read-only
         QFile::remove(destination);
         problem = FileUtilsGeneric::tr("The file changed while it was copied");
     }

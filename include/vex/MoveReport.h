@@ -23,7 +23,7 @@ public:
         /// What happened.
         enum Kind {
             Renamed, ///< a folder with everything in it, from source to destination
-            Created, ///< a folder at the destination, empty
+            Created, ///< a folder at the destination, empty; folders made above it are not told
             Copied, ///< a file, whole; its source is still there
             Deleted, ///< a file or a folder at the source; the copy of a file is complete
             LeftBehind, ///< still at the source when the move ended, for whatever reason

@@ -91,7 +91,7 @@ QString copyWhole(const QString &source, const QString &destination)
     } else {
         problem = original.errorString();
     }
-    QFile::setPermissions(part, QFile::WriteOwner); // nothing that is read-only can be deleted
+    QFile::setPermissions(part, QFile::WriteOwner); // the system keeps what is read-only
     QFile::remove(part);
     if (QString reason = writeProblem(folder.path()); !reason.isEmpty())
         return reason;
