@@ -7,7 +7,7 @@
 #include <vex/MolecularFormula.h>
 #include <vex/ProteinMassConverter.h>
 
-#include "algo/PatternProduct.h"
+#include "algo/detail/PatternProduct.h"
 
 #include <benchmark/benchmark.h>
 

@@ -3,7 +3,7 @@
 
 #include <vex/PlotUtilities.h>
 
-#include "PlotCorrelation.h"
+#include "detail/PlotCorrelation.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,8 +1,8 @@
 #include <vex/FileUtilsGeneric.h>
 
-#include "FolderMove.h"
-#include "LocalPath.h"
-#include "NameCharacters.h"
+#include "detail/FolderMove.h"
+#include "detail/LocalPath.h"
+#include "detail/NameCharacters.h"
 #include "detail/Companions.h"
 #include "detail/Trace.h"
 #include "platform/Folder.h"

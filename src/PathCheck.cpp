@@ -1,8 +1,8 @@
 #include <vex/FileUtilsGeneric.h>
 #include <vex/PathCheck.h>
 
-#include "LocalPath.h"
-#include "NameCharacters.h"
+#include "detail/LocalPath.h"
+#include "detail/NameCharacters.h"
 
 #include <algorithm>
 

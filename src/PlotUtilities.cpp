@@ -1,6 +1,6 @@
 #include <vex/PlotUtilities.h>
 
-#include "PlotCorrelation.h"
+#include "detail/PlotCorrelation.h"
 #include "detail/Trace.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 
 #include <vex/IsotopeWorkspace.h>
 
-#include "algo/IsotopeGrowth.h"
+#include "algo/detail/IsotopeGrowth.h"
 #include "detail/Companions.h"
 
 #include <QDebug>

@@ -1,8 +1,8 @@
 #include <vex/AveragineIsotopeModel.h>
 
-#include "algo/ElementTable.h"
-#include "algo/HighestPeak.h"
-#include "algo/PatternProduct.h"
+#include "algo/detail/ElementTable.h"
+#include "algo/detail/HighestPeak.h"
+#include "algo/detail/PatternProduct.h"
 #include "detail/Trace.h"
 
 #include <QDebug>

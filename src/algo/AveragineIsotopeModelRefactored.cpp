@@ -1,9 +1,9 @@
 #include <vex/AveragineIsotopeModelRefactored.h>
 
-#include "algo/ConvolutionKernel.h"
-#include "algo/ElementTable.h"
-#include "algo/ErrorUtils.h"
-#include "algo/HighestPeak.h"
+#include "algo/detail/ConvolutionKernel.h"
+#include "algo/detail/ElementTable.h"
+#include "algo/detail/ErrorUtils.h"
+#include "algo/detail/HighestPeak.h"
 #include "detail/Trace.h"
 
 #include <QDebug>

@@ -1,6 +1,6 @@
 #include <vex/ElementsIsoMassAndAbundances.h>
 
-#include "algo/ErrorUtils.h"
+#include "algo/detail/ErrorUtils.h"
 #include "detail/Trace.h"
 
 namespace vex {

@@ -1,7 +1,7 @@
 #include <vex/FormulaParser.h>
 
-#include "algo/ErrorUtils.h"
-#include "algo/FormulaText.h"
+#include "algo/detail/ErrorUtils.h"
+#include "algo/detail/FormulaText.h"
 #include "detail/Trace.h"
 
 #include <QRegularExpression>

@@ -1,6 +1,6 @@
 #include <vex/MolecularMass.h>
 
-#include "algo/ElementTable.h"
+#include "algo/detail/ElementTable.h"
 
 namespace vex {
 

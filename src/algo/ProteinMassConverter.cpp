@@ -2,7 +2,7 @@
 
 #include <vex/AveragineIsotopeModel.h>
 
-#include "algo/FormulaText.h"
+#include "algo/detail/FormulaText.h"
 
 #include <algorithm>
 #include <array>

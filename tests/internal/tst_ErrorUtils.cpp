@@ -1,4 +1,4 @@
-#include "algo/ErrorUtils.h"
+#include "algo/detail/ErrorUtils.h"
 
 #include "ErrorTrace.h"
 

@@ -1,4 +1,4 @@
-#include "algo/IsotopeGrowth.h"
+#include "algo/detail/IsotopeGrowth.h"
 
 #include "PlainDistribution.h"
 

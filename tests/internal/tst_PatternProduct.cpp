@@ -1,4 +1,4 @@
-#include "algo/PatternProduct.h"
+#include "algo/detail/PatternProduct.h"
 
 #include "PlainAveragine.h"
 

@@ -1,4 +1,4 @@
-#include "FolderMove.h"
+#include "detail/FolderMove.h"
 
 #include <vex/FileUtilsGeneric.h>
 

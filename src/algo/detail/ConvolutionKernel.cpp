@@ -1,7 +1,7 @@
 // Compiled once for each instruction set, as the functions VEX_KERNEL and VEX_GROWTH_KERNEL.
 // Nothing may be included here that defines inline functions: the linker could keep the copy that
 // another processor cannot run. The intrinsics are no such functions.
-#include "algo/ConvolutionKernel.h"
+#include "algo/detail/ConvolutionKernel.h"
 
 #if defined(__AVX2__)
 #    include <immintrin.h>

@@ -1,4 +1,4 @@
-#include "algo/ConvolutionKernel.h"
+#include "algo/detail/ConvolutionKernel.h"
 
 #include "platform/CpuFeatures.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "algo/ConvolutionKernel.h"
+#include "algo/detail/ConvolutionKernel.h"
 
 #include <vector>
 
