@@ -149,7 +149,7 @@ void addLookUps()
             return &d.isotopeIntensityFractions(mass);
         }
     };
-    add("look-up, interpolated", Interpolated{}, 1.7);
+    add("look-up, interpolated", Interpolated{}, 1.3);
     add("look-up, nearest pattern", Nearest{}, 1.7);
 }
 

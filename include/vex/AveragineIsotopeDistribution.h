@@ -66,7 +66,13 @@ public:
     ///
     /// @throws std::length_error  when the table would exceed kMostValues or kLargestMass
     /// @throws std::bad_alloc     when there is no memory for it
-    explicit AveragineIsotopeDistribution(const Parameters &parameters);
+    AveragineIsotopeDistribution(const Parameters &parameters);
+
+    /// Copies the table. There is no move: one that was moved from would be without its table.
+    AveragineIsotopeDistribution(const AveragineIsotopeDistribution &) = default;
+    /// Replaces the table by a copy.
+    AveragineIsotopeDistribution &operator=(const AveragineIsotopeDistribution &) = default;
+    ~AveragineIsotopeDistribution() = default;
 
     /// The stored pattern of the grid point nearest to @p mass (in daltons).
     ///
@@ -76,22 +82,7 @@ public:
 
     /// Share of the signal on peak @p isotopeIndex at @p mass (in daltons), interpolated linearly
     /// between the grid points around it.
-    double isotopeFractionInterpolated(double mass, int isotopeIndex) const
-    {
-        if (!(mass >= 0.0))
-            return 0.0;
-        double fraction = 0.0;
-        const int index = isotopeIntensityFractionsIndexFloor(mass, &fraction);
-        if (static_cast<unsigned>(index) >= static_cast<unsigned>(m_lastIndex)) // also for -1
-            return 0.0;
-        const auto isotope = static_cast<std::size_t>(isotopeIndex); // below 0: behind every end
-        const std::vector<double> *pattern = m_averagTable.data() + index;
-        // Pointers are chosen without a jump, which no processor could foresee.
-        static constexpr double kNone = 0.0;
-        const double *below = isotope < pattern[0].size() ? pattern[0].data() + isotope : &kNone;
-        const double *above = isotope < pattern[1].size() ? pattern[1].data() + isotope : &kNone;
-        return (1.0 - fraction) * *below + fraction * *above;
-    }
+    double isotopeFractionInterpolated(double mass, int isotopeIndex) const;
 
     /// The parameters that the table was built with.
     const Parameters &parameters() const { return m_parameters; }
@@ -117,26 +108,10 @@ public:
 private:
     void construstAveragineIsotopes(IsotopeWorkspace &workspace);
     int isotopeIntensityFractionsIndexRound(double mass) const;
-
-    /// The grid point at or below @p mass, which is not negative, and how far @p mass lies behind
-    /// it, in spacings; the last one for all masses from there on; -1 for an empty table.
-    int isotopeIntensityFractionsIndexFloor(double mass, double *fraction) const
-    {
-        const double position = mass / m_floorSpacing;
-        if (!(position < m_lastPosition))
-            return m_lastIndex;
-        const int index = static_cast<int>(position);
-        *fraction = position - index;
-        return index;
-    }
+    int isotopeIntensityFractionsIndexFloor(double mass, double *fraction) const;
 
     std::vector<std::vector<double>> m_averagTable;
     Parameters m_parameters;
-    int m_lastIndex = -1; // of m_averagTable
-    // For the look-up between grid points: m_lastIndex when that is above 0, and the spacing, or
-    // infinity for a negative one, which puts every mass at the first grid point.
-    double m_lastPosition = -1.0;
-    double m_floorSpacing = 0.0;
 };
 
 } // namespace vex

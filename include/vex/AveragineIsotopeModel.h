@@ -3,7 +3,7 @@
 #include <QList>
 
 #include <array>
-#include <atomic>
+#include <memory>
 
 #include <vex/Error.h>
 #include <vex/Export.h>
@@ -14,7 +14,8 @@ namespace vex {
 
 namespace detail {
 class PatternProduct;
-}
+class ThousandsChain;
+} // namespace detail
 
 /// Isotope patterns of molecules of a given mass, from an average composition (an averagine).
 ///
@@ -53,11 +54,13 @@ public:
     /// @return index of the highest peak, the first of equals; -1 when all are 0
     Result<int> peakIntensityRatiosFromMass(double mass, QList<double> *intensities) const;
 
-    /// Share of the whole isotope pattern that the 100 peaks at @p mass hold, 0 to 1.
+    /// Share of the whole isotope pattern that the 100 peaks at @p mass hold.
     ///
-    /// The sum of what peakIntensityRatiosFromMass() writes: 1 minus what lies beyond the 100th
-    /// peak and minus what the block patterns of this mass leave out below 1e-4. What was left out
-    /// inside a block pattern when it was built does not show: docs/accuracy.md.
+    /// The plain sum of what peakIntensityRatiosFromMass() writes: 1 minus what lies beyond the
+    /// 100th peak and minus what the block patterns of this mass leave out below 1e-4. What was
+    /// left out inside a block pattern when it was built does not show: docs/accuracy.md. Rounding
+    /// can carry the sum above 1, by 2e-15 up to 200 kDa. Of a composition with negative counts it
+    /// is the sum, but no share of anything.
     /// @param mass  average mass in daltons
     double signalCoverage(double mass) const;
 
@@ -81,37 +84,6 @@ private:
         double averageMass; // daltons
     };
 
-    /// What every query begins with: the working pattern after 1, 2, ... blocks of 1000 mers.
-    ///
-    /// Filled by the first query that needs it; a thread that comes meanwhile does without.
-    class VEX_EXPORT ThousandsChain // exported: the model's implicit copying uses it
-    {
-    public:
-        static constexpr int kLength =
-            24; // 170 kDa of averagine, where 100 peaks hold 27 % of the signal
-
-        ThousandsChain() { } // leaves the patterns as they are: only filled ones are read
-        ThousandsChain(const ThousandsChain &other);
-        ThousandsChain &operator=(const ThousandsChain &other);
-
-        bool isFilled() const { return m_state.load(std::memory_order_acquire) == Filled; }
-        /// True for the one caller that is to fill the chain.
-        bool claim();
-        void publish() { m_state.store(Filled, std::memory_order_release); }
-        void reset() { m_state.store(Empty, std::memory_order_relaxed); }
-
-        std::array<Pattern, kLength> patterns;
-        std::array<int, kLength> sizes;
-
-    private:
-        enum State {
-            Empty,
-            Filling,
-            Filled
-        };
-        std::atomic<State> m_state = Empty;
-    };
-
     void initElements();
     void initAverageMer(const double *counts);
     void averageMer(double mass, detail::PatternProduct *pattern) const;
@@ -123,7 +95,7 @@ private:
     double m_merMass = 0.0; // daltons
     std::array<double, MolecularFormula::kAtomTypeCount>
         m_composition{}; // atoms per mer, by AtomType
-    mutable ThousandsChain m_thousands;
+    std::shared_ptr<detail::ThousandsChain> m_thousands; // of init(); copies share it
 };
 
 } // namespace vex

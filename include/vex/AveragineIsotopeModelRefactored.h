@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QList>
-#include <QString>
+
+#include <memory>
+#include <vector>
 
 #include <vex/ElementsIsoMassAndAbundances.h>
 #include <vex/Error.h>
@@ -10,6 +12,11 @@
 #include <vex/Result.h>
 
 namespace vex {
+
+namespace detail {
+struct ListedElement;
+class UnitPatterns;
+} // namespace detail
 
 /// Isotope patterns of molecules of a given mass, as many peaks of them as the caller wants.
 ///
@@ -25,8 +32,7 @@ namespace vex {
 /// 9 units, tens, hundreds and of thousands of units are kept; a mass asks for at most one of each.
 /// Which model to use when: docs/models.md.
 ///
-/// Construct, init(), then ask. After init() any number of threads may ask. Copies share what is
-/// kept.
+/// Construct, init(), then ask. After init() any number of threads may ask.
 class VEX_EXPORT AveragineIsotopeModelRefactored
 {
 public:
@@ -35,6 +41,13 @@ public:
     ///
     /// @param capacity  number of peaks of a pattern
     explicit AveragineIsotopeModelRefactored(int capacity = 100);
+
+    /// Copies; both share what is kept. There is no move: a model stays whole whatever is done with
+    /// it.
+    AveragineIsotopeModelRefactored(const AveragineIsotopeModelRefactored &) = default;
+    /// Copies; both share what is kept.
+    AveragineIsotopeModelRefactored &operator=(const AveragineIsotopeModelRefactored &) = default;
+    ~AveragineIsotopeModelRefactored() = default;
 
     /// Takes the elements from @p elements; the position of an element is its
     /// MolecularFormula::AtomType, types beyond the table have no isotopes.
@@ -76,42 +89,21 @@ public:
     double getAverageFromMonoMass(double monoMass) const;
 
     /// Average mass of one unit in daltons; 0.0 without a composition.
-    double merMass() const { return m_unit.averageMass; }
+    double merMass() const;
 
     /// Number of peaks of a pattern.
     int capacity() const { return m_capacity; }
 
 private:
-    using Pattern = QList<double>;
+    using Elements = std::vector<detail::ListedElement>; // by MolecularFormula::AtomType
 
-    struct Element
-    {
-        Pattern shares; // by nominal mass shift; empty without isotopes
-        double averageMass = 0.0; // daltons
-        double lightestMass = 0.0; // daltons
-    };
-
-    struct Unit
-    {
-        double averageMass = 0.0; // daltons
-        double lightestMass = 0.0; // daltons
-        // Patterns of 1 to 9 units, of 10 to 90, of 100 to 900, and of 1000, 2000 and so on.
-        QList<Pattern> ones;
-        QList<Pattern> tens;
-        QList<Pattern> hundreds;
-        QList<Pattern> thousands;
-    };
-
-    QString readElements(
-        const ElementsIsoMassAndAbundances &elements, QList<Element> *result) const;
-    Error buildUnit(const QList<double> &counts, const QList<Element> &elements, Unit *unit) const;
-    Error fillBlocks(Unit *unit) const;
-    Pattern patternOf(double mass) const;
+    std::vector<double> sharesOf(double mass) const;
+    Error setUp(const QList<double> &counts, const std::shared_ptr<const Elements> &elements);
 
     int m_capacity;
-    QList<Element> m_elements;
+    std::shared_ptr<const Elements> m_elements;
     QList<double> m_counts; // of the composition by AtomType; empty before init()
-    Unit m_unit;
+    std::shared_ptr<const detail::UnitPatterns> m_unit; // null before init()
 };
 
 } // namespace vex

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 #include <stdexcept>
 #include <string>
 
@@ -150,7 +149,7 @@ void AveragineIsotopeDistribution::construstAveragineIsotopes(IsotopeWorkspace &
     requireFeasible(m_parameters, workspace);
     if (m_parameters.avgDistCount > 0.0)
         m_averagTable.reserve(static_cast<std::size_t>(m_parameters.avgDistCount));
-    std::vector<detail::AtomShares> shares(
+    const std::vector<detail::AtomShares> shares(
         workspace.isotopeAbundances.begin(), workspace.isotopeAbundances.end());
     detail::GrowingPattern running({1.0});
     AtomTargets targets(m_parameters.massSpacing, workspace);
@@ -158,25 +157,37 @@ void AveragineIsotopeDistribution::construstAveragineIsotopes(IsotopeWorkspace &
         const auto &added = targets.added(i);
         for (std::size_t element = 0; element < kElementCount; ++element) {
             if (added[element] > 0)
-                running.addAtoms(
-                    added[element], workspace.isotopeAbundances[element], m_parameters.interTrim);
+                running.addAtoms(added[element], shares[element], m_parameters.interTrim);
         }
         running.appendTrimmed(m_parameters.finalTrim, &m_averagTable);
     }
-    m_lastIndex = static_cast<int>(m_averagTable.size()) - 1;
-    m_lastPosition = m_lastIndex > 0 ? m_lastIndex : -1.0;
-    m_floorSpacing = m_parameters.massSpacing < 0.0 ? std::numeric_limits<double>::infinity()
-                                                    : m_parameters.massSpacing;
 }
 
 int AveragineIsotopeDistribution::isotopeIntensityFractionsIndexRound(double mass) const
 {
-    if (m_lastIndex < 0)
+    if (m_averagTable.empty())
         return -1;
     const double position = mass / m_parameters.massSpacing;
     if (!(position > 0.0)) // below the grid, or NaN
         return 0;
-    return static_cast<int>(std::min(position + 0.5, double(m_lastIndex)));
+    return static_cast<int>(std::min(position + 0.5, double(patternCount() - 1)));
+}
+
+/// The grid point at or below @p mass and how far @p mass lies behind it, in spacings; 0 at the
+/// ends.
+int AveragineIsotopeDistribution::isotopeIntensityFractionsIndexFloor(
+    double mass, double *fraction) const
+{
+    *fraction = 0.0;
+    const int last = patternCount() - 1; // -1 for an empty table
+    const double position = mass / m_parameters.massSpacing;
+    if (!(position < last)) // beyond the grid, or NaN
+        return last;
+    if (position < 0.0)
+        return std::min(last, 0);
+    const int index = static_cast<int>(position);
+    *fraction = position - index;
+    return index;
 }
 
 const std::vector<double> &AveragineIsotopeDistribution::isotopeIntensityFractions(
@@ -189,6 +200,23 @@ const std::vector<double> &AveragineIsotopeDistribution::isotopeIntensityFractio
         return kEmpty;
     }
     return m_averagTable[static_cast<std::size_t>(index)];
+}
+
+double AveragineIsotopeDistribution::isotopeFractionInterpolated(
+    double mass, int isotopeIndex) const
+{
+    if (isotopeIndex < 0 || mass < 0.0)
+        return 0.0;
+    double fraction = 0.0;
+    const int index = isotopeIntensityFractionsIndexFloor(mass, &fraction);
+    if (index < 0 || index >= patternCount() - 1) // Deliberate: 0 at the last grid point as well
+        return 0.0;
+    const auto shareIn = [isotope = static_cast<std::size_t>(isotopeIndex)](
+                             const std::vector<double> &pattern) {
+        return isotope < pattern.size() ? pattern[isotope] : 0.0;
+    };
+    const std::vector<double> *pattern = m_averagTable.data() + index;
+    return (1.0 - fraction) * shareIn(pattern[0]) + fraction * shareIn(pattern[1]);
 }
 
 QList<QString> AveragineIsotopeDistribution::csvHeader() const
@@ -215,7 +243,7 @@ void AveragineIsotopeDistribution::saveToFile(const QString &path) const
         return;
     // Deliberate: a row that cannot be written is passed over without a word.
     writer.writeRow(csvHeader());
-    for (int pattern = 0; pattern <= m_lastIndex; ++pattern)
+    for (int pattern = 0; pattern < patternCount(); ++pattern)
         writer.writeRow(csvRow(pattern));
 }
 

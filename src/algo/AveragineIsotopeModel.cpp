@@ -3,6 +3,7 @@
 #include "algo/detail/ElementTable.h"
 #include "algo/detail/HighestPeak.h"
 #include "algo/detail/PatternProduct.h"
+#include "algo/detail/ThousandsChain.h"
 #include "detail/Trace.h"
 
 #include <QDebug>
@@ -25,31 +26,6 @@ constexpr auto patternEmpty = kSource.line(455); // chosen here
 static_assert(AveragineIsotopeModel::kPeakCount == detail::kPatternSize);
 
 } // namespace
-
-AveragineIsotopeModel::ThousandsChain::ThousandsChain(const ThousandsChain &other)
-{
-    *this = other;
-}
-
-AveragineIsotopeModel::ThousandsChain &AveragineIsotopeModel::ThousandsChain::operator=(
-    const ThousandsChain &other)
-{
-    if (this == &other)
-        return *this;
-    reset();
-    if (other.isFilled()) {
-        patterns = other.patterns;
-        sizes = other.sizes;
-        publish();
-    }
-    return *this;
-}
-
-bool AveragineIsotopeModel::ThousandsChain::claim()
-{
-    State empty = Empty;
-    return m_state.compare_exchange_strong(empty, Filling, std::memory_order_relaxed);
-}
 
 AveragineIsotopeModel::AveragineIsotopeModel()
 {
@@ -75,7 +51,7 @@ Error AveragineIsotopeModel::init(const MolecularFormula &formula)
 
 void AveragineIsotopeModel::initAverageMer(const double *counts)
 {
-    m_thousands.reset();
+    m_thousands = std::make_shared<detail::ThousandsChain>();
     std::copy_n(counts, m_composition.size(), m_composition.begin());
     detail::normalize(static_cast<int>(m_composition.size()), m_composition.data());
 
@@ -128,21 +104,8 @@ void AveragineIsotopeModel::averageMer(double mass, detail::PatternProduct *patt
 void AveragineIsotopeModel::multiplyThousands(double times, detail::PatternProduct *pattern) const
 {
     const detail::Taps taps = detail::tapsOf(m_patterns[3].data());
-    if (!m_thousands.isFilled() && m_thousands.claim()) {
-        detail::PatternProduct working;
-        for (std::size_t i = 0; i < m_thousands.patterns.size(); ++i) {
-            working.multiply(taps);
-            std::copy_n(working.values(), working.size(), m_thousands.patterns[i].begin());
-            m_thousands.sizes[i] = working.size();
-        }
-        m_thousands.publish();
-    }
-    if (m_thousands.isFilled()) {
-        const double stored = std::min(times, double{ThousandsChain::kLength});
-        const auto last = static_cast<std::size_t>(stored) - 1;
-        pattern->assign(m_thousands.patterns[last].data(), m_thousands.sizes[last]);
-        times -= stored;
-    }
+    if (m_thousands) // not in a model that was moved from
+        times -= m_thousands->begin(taps, times, pattern);
     pattern->multiplyRepeatedly(taps, times);
 }
 

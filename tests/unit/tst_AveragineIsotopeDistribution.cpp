@@ -66,16 +66,32 @@ private Q_SLOTS:
                  {2e5, 100.0}, {3.0, kInf}, {2.0, 1e9}}) // too many points or too long patterns
             QVERIFY_THROWS_EXCEPTION(
                 std::length_error, AveragineIsotopeDistribution(withGrid(count, spacing)));
-        for (const auto &[count, spacing, patterns] : {std::tuple(0.0, 100.0, 0), {-3.0, 100.0, 0},
-                 {kNaN, 100.0, 0}, {3.0, 0.0, 3}, {3.0, kNaN, 3}, {3.0, -kInf, 3}}) {
+        for (const auto &[count, spacing, patterns] :
+            {std::tuple(0.0, 100.0, 0), {-3.0, 100.0, 0}, {0.0, -0.0, 0}, {kNaN, 100.0, 0},
+                {3.0, 0.0, 3}, {3.0, -0.0, 3}, {3.0, kNaN, 3}, {3.0, -100.0, 3}, {3.0, -kInf, 3}}) {
             const AveragineIsotopeDistribution table(withGrid(count, spacing));
             QCOMPARE(table.patternCount(), patterns);
             const plain::Shares first = patterns ? plain::Shares{1.0} : plain::Shares{};
             for (const double mass : {0.0, -5.0, 1e3, 1e300, kInf, -kInf, kNaN}) {
                 QCOMPARE(table.isotopeIntensityFractions(mass), first);
-                QVERIFY(table.isotopeFractionInterpolated(mass, 0) <= 1.0);
+                const double position = mass / spacing; // below the first point: the first pattern
+                const bool isFirst = patterns > 0 && mass >= 0.0 && position < patterns - 1.0;
+                QCOMPARE(table.isotopeFractionInterpolated(mass, 0), isFirst ? 1.0 : 0.0);
             }
         }
+    }
+
+    void copiesAreWhole()
+    {
+        AveragineIsotopeDistribution first(withGrid(3.0, 100.0));
+        const AveragineIsotopeDistribution &itself = first;
+        const double share = first.isotopeFractionInterpolated(150.0, 0);
+        first = itself;
+        AveragineIsotopeDistribution second = std::move(first);
+        AveragineIsotopeDistribution third(withGrid(0.0, 100.0));
+        third = std::move(second);
+        for (const auto *table : {&first, &second, &third})
+            QCOMPARE(table->isotopeFractionInterpolated(150.0, 0), share);
     }
 
     void emptiedPatternsAreKeptAsSuch()

@@ -164,8 +164,10 @@ private Q_SLOTS:
             assigned = fresh;
             QVERIFY2(ask(assigned, mass) == expected, shown);
             QVERIFY2(ask(fresh, mass) == expected, shown);
-            const AveragineIsotopeModel copied = model;
-            QVERIFY2(ask(copied, mass) == expected, shown);
+            AveragineIsotopeModel source = model;
+            const AveragineIsotopeModel moved = std::move(source);
+            QVERIFY2(ask(moved, mass) == expected, shown);
+            QVERIFY2(ask(source, mass) == expected, shown); // NOLINT(bugprone-use-after-move)
         }
     }
 

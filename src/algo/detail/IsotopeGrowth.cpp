@@ -1,5 +1,6 @@
 #include "algo/detail/IsotopeGrowth.h"
 
+#include "algo/detail/Trim.h"
 #include "detail/Companions.h"
 
 #include <QDebug>
@@ -34,8 +35,7 @@ bool areShares(const std::vector<double> &values)
 
 bool memoryTrim(std::vector<double> &isoVector, double threshold)
 {
-    while (!isoVector.empty() && isoVector.back() < threshold)
-        isoVector.pop_back();
+    isoVector.resize(trimmedSize(isoVector.data(), isoVector.size(), threshold));
     if (!isoVector.empty())
         return true;
     warnOfEmptiness();
@@ -135,9 +135,7 @@ std::vector<double> GrowingPattern::values() const
 void GrowingPattern::appendTrimmed(
     double threshold, std::vector<std::vector<double>> *patterns) const
 {
-    int size = m_buffers.size;
-    while (size > 0 && m_buffers.values[size - 1] < threshold)
-        --size;
+    const int size = trimmedSize(m_buffers.values, m_buffers.size, threshold);
     if (size == 0)
         warnOfEmptiness();
     patterns->emplace_back(m_buffers.values, m_buffers.values + size);

@@ -1,10 +1,13 @@
 #include "algo/detail/PatternProduct.h"
 
+#include "detail/Companions.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <numeric>
+#include <vector>
 
 namespace vex::detail {
 
@@ -132,12 +135,10 @@ void PatternProduct::normalize()
 void PatternProduct::multiplyPlain(const Taps &taps)
 {
     // The kernels also multiply with the zeros around the pattern; an infinite factor forbids that.
-    for (int k = 0; k < kPatternSize; ++k) {
-        double sum = 0.0;
-        for (int i = 0; i <= k && i < taps.count; ++i)
-            sum += taps.factors[i] * m_values[k - i];
-        m_spare[k] = sum;
-    }
+    std::vector<double> product;
+    core::convForReal(
+        {m_values, m_values + kPatternSize}, {taps.factors, taps.factors + taps.count}, product);
+    std::copy_n(product.begin(), kPatternSize, m_spare);
     std::swap(m_values, m_spare);
     m_size = kPatternSize;
     m_isUnit = false;
