@@ -94,15 +94,14 @@ UnitPatterns::UnitPatterns(
     , m_lightestMass(lightestMass)
     , m_capacity(static_cast<std::size_t>(capacity))
 {
-    CutPattern next{std::move(unit), 0.0};
+    CutPattern first{std::move(unit), 0.0};
     for (std::vector<CutPattern> &block : m_blocks) {
         const bool isLast = &block == std::end(m_blocks) - 1;
-        block.push_back(std::move(next));
+        block.push_back(first);
         while (block.size() < (isLast ? kMostThousands : 9)
             && !(isLast && block.back().lost > kMostLost))
             block.push_back(exactProduct(block.back(), block.front(), m_capacity));
-        if (!isLast)
-            next = exactProduct(block.back(), block.front(), m_capacity);
+        first = exactProduct(block.back(), block.front(), m_capacity); // of the next block
     }
 }
 
