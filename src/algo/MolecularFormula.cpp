@@ -34,8 +34,10 @@ Error MolecularFormula::normalizedMolecularFormula(QHash<AtomType, double> *form
 Error MolecularFormula::sumOfValuesInMolecularFormulaMap(
     const QHash<AtomType, double> &formula, double *sum)
 {
+    double total = *sum; // which may be one of the counts
     for (const double count : formula)
-        *sum += count;
+        total += count;
+    *sum = total;
     return ErrorCode::NoError;
 }
 

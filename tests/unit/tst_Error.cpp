@@ -17,6 +17,12 @@ namespace {
 
 using R = Result<int>;
 
+// A code alone must not become a value.
+static_assert(std::is_convertible_v<ErrorCode, Error>);
+static_assert(!std::is_constructible_v<R, ErrorCode>);
+static_assert(!std::is_constructible_v<Result<double>, ErrorCode>);
+static_assert(!std::is_constructible_v<Result<bool>, ErrorCode>);
+
 Error unreadable()
 {
     Error error(FileAccessError, "größer als %1");
@@ -111,7 +117,13 @@ private Q_SLOTS:
             {[](R *r) {
                  r->resetWarnings({u"b"_s, u"c"_s});
              },
-                u"bc"_s}};
+                u"bc"_s},
+            // arguments that are the object's own
+            {[](R *r) { r->addWarning(r->warnings().constFirst()); }, u"aa"_s},
+            {[](R *r) { r->addWarnings(r->warnings()); }, u"aa"_s},
+            {[](R *r) { r->addWarning(u"b"_s).resetWarning(r->warnings().constLast()); }, u"b"_s},
+            {[](R *r) { r->addWarning(u"b"_s).resetWarnings(r->warnings()); }, u"ab"_s},
+            {[](R *r) { *r = *r; }, u"a"_s}, {[](R *r) { *r = std::move(*r); }, u"a"_s}};
         for (const auto &[run, expected] : operations) {
             const R before(unreadable());
             R failed = before;
@@ -155,7 +167,7 @@ private Q_SLOTS:
             environment.insert(u"QT_FORCE_STDERR_LOGGING"_s, u"1"_s);
             child.setProcessEnvironment(environment);
             child.start(QCoreApplication::applicationFilePath(), {u"--misuse"_s, kind});
-            QVERIFY2(child.waitForFinished(), qPrintable(child.errorString()));
+            QVERIFY2(child.waitForFinished(-1), qPrintable(child.errorString()));
             QVERIFY(child.exitStatus() == QProcess::CrashExit || child.exitCode() != 0);
             QCOMPARE(child.readAllStandardOutput(), QByteArray());
             const QString text = QString::fromLocal8Bit(child.readAllStandardError());

@@ -30,7 +30,7 @@ public:
 
     /// A success.
     Error() = default;
-    /// @p code without a message. A code passes as an Error wherever one is expected.
+    /// @p code without a message. A code passes as an Error; a Result wants the Error itself.
     Error(ErrorCode code);
     /// @p code with the text that a person will read.
     Error(ErrorCode code, const QString &message);

@@ -28,7 +28,7 @@ namespace detail {
 /// Warnings given to a failed result reach the error that it holds as well; those given to a good
 /// one stay with the result. Ignoring a returned Result is a compiler warning.
 ///
-/// @tparam T  any copyable type other than Error
+/// @tparam T  any copyable type other than Error and ErrorCode
 template <typename T>
 class [[nodiscard]] Result : public Warnings
 {
@@ -44,6 +44,8 @@ public:
         , m_storage(std::in_place_index<1>, std::move(error))
     {
     }
+    /// A code alone would pass as a value of T = int: make an Error of it.
+    Result(ErrorCode) = delete;
     /// Copies value or error, and the warnings.
     Result(const Result &) = default;
     /// Takes everything over.
@@ -128,16 +130,18 @@ protected:
     /// Appends to this result and to the error that it holds.
     void addWarningInternal(const QString &warning) override
     {
-        Warnings::addWarningInternal(warning);
+        const QString text = warning; // which may be one of this result's own
+        Warnings::addWarningInternal(text);
         if (Error *error = std::get_if<1>(&m_storage))
-            error->addWarning(warning);
+            error->addWarning(text);
     }
     /// Appends to this result and to the error that it holds.
     void addWarningsInternal(const QList<QString> &warnings) override
     {
-        Warnings::addWarningsInternal(warnings);
+        const QList<QString> texts = warnings; // which may be this result's own
+        Warnings::addWarningsInternal(texts);
         if (Error *error = std::get_if<1>(&m_storage))
-            error->addWarnings(warnings);
+            error->addWarnings(texts);
     }
     /// Clears this result and the error that it holds.
     void clearWarningsInternal() override
@@ -149,16 +153,18 @@ protected:
     /// Replaces the texts of this result and of the error that it holds.
     void resetWarningInternal(const QString &warning) override
     {
-        Warnings::resetWarningInternal(warning);
+        const QString text = warning; // which may be one of this result's own
+        Warnings::resetWarningInternal(text);
         if (Error *error = std::get_if<1>(&m_storage))
-            error->resetWarning(warning);
+            error->resetWarning(text);
     }
     /// Replaces the texts of this result and of the error that it holds.
     void resetWarningsInternal(const QList<QString> &warnings) override
     {
-        Warnings::resetWarningsInternal(warnings);
+        const QList<QString> texts = warnings; // which may be this result's own
+        Warnings::resetWarningsInternal(texts);
         if (Error *error = std::get_if<1>(&m_storage))
-            error->resetWarnings(warnings);
+            error->resetWarnings(texts);
     }
 
 private:
