@@ -2,6 +2,7 @@
 
 #include "PlainDistribution.h"
 
+#include <QDir>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
@@ -28,7 +29,15 @@ private Q_SLOTS:
             const plain::Shares b = any(round % 9 ? 8 : 60);
             plain::Shares out{3.0, 4.0};
             QCOMPARE(vex::core::convForReal(a, b, out), !a.empty() && !b.empty());
-            QVERIFY(out == plain::convolve(a, b));
+            const plain::Shares expected = plain::convolve(a, b);
+            QVERIFY(out == expected);
+            plain::Shares both = out = a;
+            vex::core::convForReal(out, b, out);
+            QVERIFY(out == expected);
+            vex::core::convForReal(a, out = b, out);
+            QVERIFY(out == expected);
+            vex::core::convForReal(both, both, both);
+            QVERIFY(both == plain::convolve(a, a));
         }
     }
 
@@ -49,10 +58,14 @@ private Q_SLOTS:
 
     void failuresAreReported()
     {
+        QTest::failOnWarning(QRegularExpression(u".?"_s));
         const QTemporaryDir folder;
-        vex::CsvWriter onFolder(folder.path(), u"\n"_s, u',');
-        QVERIFY(!onFolder.open());
-        QVERIFY(!onFolder.errorString().isEmpty());
+        for (const QString &path : {folder.path(), QString(), folder.filePath(u"a\0b"_s)}) {
+            vex::CsvWriter writer(path, u"\n"_s, u',');
+            QVERIFY(!writer.open());
+            QVERIFY(!writer.errorString().isEmpty());
+        }
+        QVERIFY(QDir(folder.path()).isEmpty());
         if (!QFile::exists(u"/dev/full"_s))
             return;
         vex::CsvWriter full(u"/dev/full"_s, u"\n"_s, u',');

@@ -35,6 +35,12 @@ double valueAt(const std::vector<double> &a, const std::vector<double> &b, std::
 bool convForReal(
     const std::vector<double> &a, const std::vector<double> &b, std::vector<double> &out)
 {
+    if (&out == &a || &out == &b) {
+        std::vector<double> fresh;
+        const bool isAny = convForReal(a, b, fresh);
+        out.swap(fresh);
+        return isAny;
+    }
     out.clear();
     if (a.empty() || b.empty())
         return false;

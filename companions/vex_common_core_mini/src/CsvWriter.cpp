@@ -22,6 +22,11 @@ CsvWriter::~CsvWriter()
 
 bool CsvWriter::open()
 {
+    // Qt logs an empty name, and opens what stands in front of a NUL.
+    if (const QString name = m_file.fileName(); name.isEmpty() || name.contains(QChar::Null)) {
+        m_problem = QStringLiteral("This is no file name");
+        return false;
+    }
     // Qt's own buffer would swallow why a write fell short.
     return m_file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || fail();
 }

@@ -12,7 +12,7 @@ namespace vex::core {
 /// out[k] is the sum of b[j] * a[k - j] over all j for which both exist, added in ascending j onto
 /// 0.0. Made for a short @p b; any lengths will do.
 ///
-/// @param a, b  factors; neither may be @p out
+/// @param a, b  factors; either may be @p out
 /// @param out   replaced: a.size() + b.size() - 1 values, none when either is empty
 /// @return false when either is empty
 VEX_COMMON_CORE_MINI_EXPORT bool convForReal(
