@@ -11,6 +11,7 @@ namespace vex {
 /// Sends what is written to one output stream to another, for a scope.
 ///
 /// Redirectors of the same stream nest; end them in reverse order. Both streams must outlive it.
+/// Whether the stream has failed is not touched: one that had failed before writes nothing.
 class VEX_EXPORT ScopedStreamRedirector
 {
 public:

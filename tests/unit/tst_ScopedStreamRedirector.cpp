@@ -43,6 +43,30 @@ private Q_SLOTS:
         QCOMPARE(later.str(), std::string());
     }
 
+    /// Failures of the stream are neither forgotten nor made by a redirector.
+    void failuresStay()
+    {
+        std::ostringstream target;
+        std::ostringstream failed;
+        failed.setstate(std::ios::failbit);
+        std::ostringstream fails;
+        {
+            const ScopedStreamRedirector redirector(failed, target);
+            QVERIFY(failed.fail() && !failed.bad());
+            const ScopedStreamRedirector other(fails, target);
+            fails.setstate(std::ios::eofbit);
+        }
+        QVERIFY(failed.fail() && !failed.bad() && fails.eof());
+
+        std::ostream without(nullptr);
+        {
+            const ScopedStreamRedirector redirector(without, target);
+            without << 'a';
+        }
+        QVERIFY(without.bad());
+        QCOMPARE(target.str(), std::string("a"));
+    }
+
     void version() { QCOMPARE(vex::appInternalVersion(), QVersionNumber(6, 0, 0)); }
 };
 
