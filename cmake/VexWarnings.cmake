@@ -12,5 +12,6 @@ else()
     endif()
 endif()
 target_compile_definitions(vex_warnings INTERFACE
+    QT_MESSAGELOGCONTEXT # file, line and function of a message in every build type
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_FOREACH
     QT_DISABLE_DEPRECATED_BEFORE=0x060400)

@@ -28,8 +28,7 @@ QLoggingCategory *add(const char *name, QtMsgType enableForLevel)
 }
 
 // The registry and the library's own category exist from the moment the library is loaded.
-[[maybe_unused]] QLoggingCategory *const genericCategory =
-    loggingCategory(kGenericCategory, QtDebugMsg);
+[[maybe_unused]] const QLoggingCategory *const generic = genericCategory();
 
 } // namespace
 
@@ -47,6 +46,11 @@ QLoggingCategory *loggingCategory(const char *name, QtMsgType enableForLevel, bo
 QLoggingCategory *loggingCategory(const char *name, QtMsgType enableForLevel)
 {
     return loggingCategory(name, enableForLevel, true);
+}
+
+QLoggingCategory *genericCategory()
+{
+    return loggingCategory(kGenericCategory, QtDebugMsg);
 }
 
 } // namespace vex::detail

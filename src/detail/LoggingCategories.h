@@ -4,7 +4,7 @@
 
 namespace vex::detail {
 
-/// The library's own category, the one that every lookup can fall back on.
+/// Name of the library's own category, the one that every lookup can fall back on.
 inline constexpr const char *kGenericCategory = "vex.generic";
 
 /// The category called @p name in the process-wide registry.
@@ -20,5 +20,10 @@ QLoggingCategory *loggingCategory(const char *name, QtMsgType enableForLevel, bo
 
 /// The same, made when missing.
 QLoggingCategory *loggingCategory(const char *name, QtMsgType enableForLevel);
+
+/// The library's own category, with every level on. A source that logs through it keeps the pointer
+/// in a global of its own, which also makes the category exist from the start:
+/// `const QLoggingCategory *const generic = detail::genericCategory();`
+QLoggingCategory *genericCategory();
 
 } // namespace vex::detail
