@@ -19,14 +19,14 @@ namespace vex {
 struct VEX_EXPORT IsotopeWorkspace
 {
     /// Sets of isotope abundances; every value above 1 stands for RatiosSet2.
-    enum IsotopeCompositionRatios {
+    enum IsotopeCompositionRatios : int {
         RatiosSet0 = 0, ///< the set of AveragineIsotopeDistribution
         RatiosSet1 = 1, ///< Deliberate: sulfur-36 stands at the +3 position
         RatiosSet2 = 2, ///< Deliberate: the abundances of sulfur add up to 1.0006
     };
 
     /// Fills the record; the auxiliary lists stay empty.
-    explicit IsotopeWorkspace(IsotopeCompositionRatios ratios);
+    IsotopeWorkspace(IsotopeCompositionRatios ratios);
 
     /// Fraction of each element among the atoms of averagine. Deliberate: they add up to 1.0001.
     std::vector<double> atomFractions;
@@ -52,10 +52,11 @@ struct VEX_EXPORT IsotopeWorkspace
 /// further atom of the same element again, and stays empty.
 ///
 /// @param trimThreshold  share of the signal below which an entry at the end is cut
-/// @param workspace      the abundances
+/// @param workspace      the abundances; lists behind the fifth do not count, missing ones are
+/// empty
 /// @param atomsToAdd     at least five counts in the order C, H, N, O, S; below 1 adds none
 /// @param pattern        replaced by the grown one; index 0 is the monoisotopic peak
-/// @param atomTotals     accumulates the five counts, whatever became of the pattern
+/// @param atomTotals     at least five; accumulates the counts, whatever became of the pattern
 VEX_EXPORT void constructNextIsotope(double trimThreshold, const IsotopeWorkspace &workspace,
     const std::vector<int> &atomsToAdd, std::vector<double> &pattern, std::vector<int> &atomTotals);
 

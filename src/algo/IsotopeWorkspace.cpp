@@ -7,7 +7,9 @@ namespace vex {
 
 namespace {
 
-using Abundances = std::vector<std::vector<double>>; // C, H, N, O, S
+using Abundances = std::vector<std::vector<double>>;
+
+constexpr std::size_t kElements = 5; // C, H, N, O, S
 
 // Given by the interface, as is the order of the isotopes.
 Abundances abundancesOf(IsotopeWorkspace::IsotopeCompositionRatios ratios)
@@ -42,8 +44,11 @@ void constructNextIsotope(double trimThreshold, const IsotopeWorkspace &workspac
     const std::vector<int> &atomsToAdd, std::vector<double> &pattern, std::vector<int> &atomTotals)
 {
     detail::GrowingPattern growing(pattern);
-    for (std::size_t element = 0; element < workspace.isotopeAbundances.size(); ++element) {
-        growing.addAtoms(atomsToAdd[element], workspace.isotopeAbundances[element], trimThreshold);
+    const Abundances &lists = workspace.isotopeAbundances; // anybody's to change
+    const std::vector<double> none;
+    for (std::size_t element = 0; element < kElements; ++element) {
+        const std::vector<double> &abundances = element < lists.size() ? lists[element] : none;
+        growing.addAtoms(atomsToAdd[element], abundances, trimThreshold);
         atomTotals[element] += atomsToAdd[element];
     }
     pattern = growing.values();

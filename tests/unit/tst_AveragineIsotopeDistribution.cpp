@@ -1,3 +1,4 @@
+#include "LoggedMessage.h"
 #include "PlainDistribution.h"
 
 #include <QCryptographicHash>
@@ -103,9 +104,14 @@ private Q_SLOTS:
         const AveragineIsotopeDistribution table(parameters);
         QCOMPARE(table.isotopeIntensityFractions(100.0), plain::Shares());
         QCOMPARE(table.csvRow(1), QList<QString>{u"100"_s});
-        QTest::ignoreMessage(QtDebugMsg, "m_averagTable size is <= 0");
-        const AveragineIsotopeDistribution none(withGrid(0.0, 100.0));
-        QCOMPARE(&none.isotopeIntensityFractions(1.0), &none.isotopeIntensityFractions(2.0));
+        const AveragineIsotopeDistribution none = withGrid(0.0, 100.0);
+        const auto logged = vex::test::loggedBy([&none] {
+            QCOMPARE(&none.isotopeIntensityFractions(1.0), &none.isotopeIntensityFractions(2.0));
+        });
+        QCOMPARE(logged.text, u"m_averagTable size is <= 0"_s);
+        QCOMPARE(logged.file, u"src/algo/AveragineIsotopeDistribution.cpp"_s);
+        QVERIFY(logged.type == QtDebugMsg && logged.line > 0
+            && logged.function.contains("isotopeIntensityFractions"_L1));
     }
 
     /// Rows as long as their pattern, and the same bytes on every platform.
@@ -158,8 +164,8 @@ private Q_SLOTS:
             {1, {0.9502, 0.0075, 0.0421, 0.0002, 0.0}}, {2, {0.9499, 0.0076, 0.0429, 0.0, 0.0002}},
             {7, {0.9499, 0.0076, 0.0429, 0.0, 0.0002}}}; // beyond the last
         for (const auto &[set, sulfur] : sulfurs) {
-            const IsotopeWorkspace workspace(
-                static_cast<IsotopeWorkspace::IsotopeCompositionRatios>(set));
+            const IsotopeWorkspace workspace =
+                static_cast<IsotopeWorkspace::IsotopeCompositionRatios>(set);
             QCOMPARE(workspace.isotopeAbundances[4], sulfur);
             QCOMPARE(workspace.residueCompositions.size(), 27U);
             const vex::ResidueCompositions::AtomCounts tryptophan{11, 10, 2, 1, 0};
@@ -169,7 +175,7 @@ private Q_SLOTS:
 
     void stepAddsAtomsOfEveryElement()
     {
-        const IsotopeWorkspace workspace(IsotopeWorkspace::RatiosSet0);
+        IsotopeWorkspace workspace(IsotopeWorkspace::RatiosSet0);
         std::vector<int> totals{1, 2, 3, 4, 5};
         plain::Shares pattern{1.0};
         vex::constructNextIsotope(1e-3, workspace, {0, 0, 0, 0, 1}, pattern, totals);
@@ -185,6 +191,16 @@ private Q_SLOTS:
         vex::constructNextIsotope(2.0, workspace, {1, 1, 1, 1, 1}, pattern, totals);
         QVERIFY(pattern.empty());
         QCOMPARE(totals, (std::vector<int>{7, 12, 5, 6, 5}));
+
+        // Five elements, however many lists there are.
+        for (const std::size_t lists : {6U, 4U, 0U}) {
+            workspace.isotopeAbundances.resize(lists, {0.5, 0.5});
+            pattern = {1.0};
+            totals.assign(5, 0);
+            vex::constructNextIsotope(0.0, workspace, {0, 0, 0, 0, 1}, pattern, totals);
+            QCOMPARE(pattern.size(), lists > 4 ? 5U : 1U);
+            QCOMPARE(totals.back(), 1);
+        }
     }
 };
 
