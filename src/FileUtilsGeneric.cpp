@@ -4,6 +4,7 @@
 #include "detail/LocalPath.h"
 #include "detail/NameCharacters.h"
 #include "detail/Companions.h"
+#include "detail/TextRows.h"
 #include "detail/Trace.h"
 #include "platform/Folder.h"
 
@@ -12,9 +13,7 @@
 #include <QFile>
 #include <QRandomGenerator>
 #include <QStandardPaths>
-#include <QStringDecoder>
 #include <QTemporaryFile>
-#include <QTextStream>
 
 #include <algorithm>
 #include <array>
@@ -124,34 +123,46 @@ bool hasSeparatorAt(const QString &path, qsizetype position)
     return !path.isEmpty() && separators().contains(path[position]);
 }
 
-/// True when UTF-8 text ends in the middle of a character, which decoding leaves out.
-bool endsWithinCharacter(QByteArrayView text)
+constexpr qint64 kPiece = 1 << 16; // bytes that are read at once
+
+/// Opens @p file for reading; why that fails, or nothing.
+QString problemOfOpening(QFile *file)
 {
-    const qsizetype longest = std::min<qsizetype>(text.size(), 3); // of what can be left of one
-    for (qsizetype count = 1; count <= longest; ++count) {
-        const auto byte = static_cast<unsigned char>(text[text.size() - count]);
-        if ((byte & 0xc0) == 0x80) // not the first of its character
-            continue;
-        const int length = byte >= 0xf0 ? 4 : byte >= 0xe0 ? 3 : byte >= 0xc0 ? 2 : 1;
-        return length > count;
-    }
-    return false;
+    // Qt logs an empty name, and opens what stands in front of a NUL.
+    if (const QString name = file->fileName(); name.isEmpty() || name.contains(QChar::Null))
+        return FileUtilsGeneric::tr("This is no file name");
+    return file->open(QIODevice::ReadOnly) ? QString() : file->errorString();
+}
+
+/// Hands @p take all that is left of @p file in pieces; why that fails, or nothing.
+template <typename Take>
+QString problemOfReading(QFile *file, Take take)
+{
+    // Up to the end, not up to the size: a read that fails in the middle first gives less.
+    for (QByteArray piece; !(piece = file->read(kPiece)).isEmpty();)
+        take(piece);
+    return file->error() == QFileDevice::NoError ? QString() : file->errorString();
+}
+
+Error readFailure(const QString &text, const QString &path, const QString &problem)
+{
+    return Error(ErrorCode::FileAccessError, text.arg(path, problem));
 }
 
 Result<QByteArray> contentOf(const QString &path)
 {
-    const auto failure = [&path](const QString &text, const QFile &file) {
-        return Error(ErrorCode::FileAccessError,
-            text.arg(QDir::toNativeSeparators(path), file.errorString()));
-    };
+    const QString shown = QDir::toNativeSeparators(path);
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (const QString problem = problemOfOpening(&file); !problem.isEmpty())
         return detail::stamped(at::fileNotOpened, Q_FUNC_INFO,
-            failure(FileUtilsGeneric::tr("Cannot open file %1 for reading: %2"), file));
-    QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError)
+            readFailure(
+                FileUtilsGeneric::tr("Cannot open file %1 for reading: %2"), shown, problem));
+    QByteArray bytes;
+    const QString problem =
+        problemOfReading(&file, [&bytes](const QByteArray &piece) { bytes += piece; });
+    if (!problem.isEmpty())
         return detail::stamped(at::fileNotRead, Q_FUNC_INFO,
-            failure(FileUtilsGeneric::tr("Cannot read from %1: %2"), file));
+            readFailure(FileUtilsGeneric::tr("Cannot read from %1: %2"), shown, problem));
     return bytes;
 }
 
@@ -318,7 +329,8 @@ Error FileUtilsGeneric::moveDirectory(
 Error FileUtilsGeneric::moveDirectory(const QString &source, const QString &destination,
     bool removeSource, MoveReport *report, const MoveProgressCallback &progress)
 {
-    return detail::FolderMove(report, progress).run(source, destination, removeSource);
+    return detail::FolderMove(report, progress)
+        .run(QString(source), QString(destination), removeSource); // may stand in the report
 }
 
 bool FileUtilsGeneric::removeDirectoryIfEmpty(const QString &path)
@@ -358,34 +370,23 @@ QList<QString> FileUtilsGeneric::getFolderContent(const QString &path, FileSearc
 Result<QList<QString>> FileUtilsGeneric::readFileRows(const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (const QString problem = problemOfOpening(&file); !problem.isEmpty())
         return detail::stamped(at::rowsNotOpened, Q_FUNC_INFO,
-            Error(ErrorCode::FileAccessError,
-                tr("Unable to open file: %1: %2").arg(path, file.errorString())));
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError)
+            readFailure(tr("Unable to open file: %1: %2"), path, problem));
+    const auto marked = QStringConverter::encodingForData(file.peek(4));
+    if (marked == QStringConverter::Utf8)
+        file.skip(3);
+    detail::TextRows text(marked.value_or(QStringConverter::Utf8));
+    const QString problem =
+        problemOfReading(&file, [&text](const QByteArray &piece) { text.add(piece); });
+    if (!problem.isEmpty())
         return detail::stamped(at::rowsNotRead, Q_FUNC_INFO,
-            Error(ErrorCode::FileAccessError,
-                tr("Cannot read from %1: %2").arg(path, file.errorString())));
-    const auto encoding = QStringConverter::encodingForData(bytes).value_or(QStringConverter::Utf8);
-    QString text = QStringDecoder(encoding)(bytes);
-    // The stream gets all of the text at once: on the file itself it takes a failure for the end,
-    // and the square of a line's length in time on Windows.
-    QTextStream stream(&text, QIODevice::ReadOnly);
-    QList<QString> rows;
-    qsizetype firstBroken = 0; // from 1
-    for (QString row; stream.readLineInto(&row);) {
-        rows.append(row);
-        if (firstBroken == 0 && row.contains(QChar::ReplacementCharacter))
-            firstBroken = rows.size();
-    }
-    if (firstBroken == 0 && encoding == QStringConverter::Utf8 && endsWithinCharacter(bytes))
-        firstBroken = rows.size();
-    Result<QList<QString>> result(std::move(rows));
-    if (firstBroken > 0)
-        result.addWarning(tr("%1, line %2: bytes that are no text were left out or read as U+FFFD")
-                              .arg(path)
-                              .arg(firstBroken));
+            readFailure(tr("Cannot read from %1: %2"), path, problem));
+    text.finish();
+    Result<QList<QString>> result(std::move(text.rows()));
+    if (text.firstBroken() > 0)
+        result.addWarning(tr("%1, line %2: not all of its bytes are text")
+                              .arg(path, QString::number(text.firstBroken())));
     return result;
 }
 

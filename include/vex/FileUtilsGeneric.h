@@ -194,9 +194,9 @@ public:
     /// The lines of a text file, without their ends, LF or CR LF.
     ///
     /// UTF-8, or UTF-16 and UTF-32 with a byte order mark. Opening a FIFO waits for a writer.
-    /// @return with a warning for the first line that holds U+FFFD, which bytes that are no text
-    /// are
-    ///         read as, or for the last one when the file ends in the middle of a character
+    /// Bytes that are no text are read as U+FFFD, those of half a surrogate pair as they are; half
+    /// a character at the end of the file is left out.
+    /// @return with a warning for the first line that has such bytes
     /// @par Errors  FileAccessError "Unable to open file: ..." and "Cannot read from ..." with the
     ///              path and what the system says
     static Result<QList<QString>> readFileRows(const QString &path);
