@@ -93,8 +93,8 @@ QByteArray asText(const Reading &reading)
         for (const bool isReason : {true, false}) {
             for (const Finding &finding : check.findings) {
                 if (finding.isReason() == isReason)
-                    text += u"    %1 at %2: "_s.arg(isReason ? u"reason"_s : u"advice"_s)
-                                .arg(finding.position + 1)
+                    text += u"    %1 at %2: "_s.arg(isReason ? u"reason"_s : u"advice"_s,
+                                QString::number(finding.position + 1))
                         + shownText(finding.message) + u'\n';
             }
         }

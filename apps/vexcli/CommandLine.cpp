@@ -168,8 +168,8 @@ vex::Result<double> wholeNumber(const QString &text, const QString &what, double
         return passedOn(std::move(number).error());
     const double value = number.value();
     if (value != std::floor(value) || value < least)
-        return usageFailure(
-            u"%1 '%2' is not a whole number of at least %3"_s.arg(what, text).arg(least));
+        return usageFailure(u"%1 '%2' is not a whole number of at least %3"_s.arg(
+            what, text, QString::number(least)));
     if (value > most)
         return usageFailure(
             u"%1 '%2' is above %3"_s.arg(what, text, QString::number(most, 'f', 0)));

@@ -240,8 +240,7 @@ public:
     vex::Result<QByteArray> plot() const
     {
         const auto curve = [this](QChar letter, qsizetype i) {
-            return PlottedCurve{
-                u"%1: %2"_s.arg(letter).arg(QFileInfo(m_request.files[i]).fileName()),
+            return PlottedCurve{u"%1: %2"_s.arg(letter, QFileInfo(m_request.files[i]).fileName()),
                 m_comparison.pair[i].points()};
         };
         const auto &verdict = m_comparison.verdict;

@@ -112,7 +112,8 @@ public:
 
     vex::Error lineTooLong() const
     {
-        return failure(u"%1, line %2: the line is too long"_s.arg(m_path).arg(m_line + 1));
+        return failure(
+            u"%1, line %2: the line is too long"_s.arg(m_path, QString::number(m_line + 1)));
     }
 
     vex::Result<vex::PlotBase> finish() const
@@ -185,8 +186,8 @@ private:
         for (qsizetype i = 0; i < line.size(); ++i) {
             const auto code = static_cast<unsigned char>(line[i]);
             if (code < 0x20 && !isBlank(line[i]))
-                return failure(u"%1, column %2: byte 0x%3 is no text"_s.arg(where).arg(i + 1).arg(
-                    uint(code), 2, 16, QLatin1Char('0')));
+                return failure(u"%1, column %2: byte 0x%3 is no text"_s.arg(where,
+                    QString::number(i + 1), u"%1"_s.arg(uint(code), 2, 16, QLatin1Char('0'))));
         }
         if (trimmed(line).contains('\r'))
             return failure(u"%1: a line that ends with CR alone, LF is needed"_s.arg(where));

@@ -21,9 +21,7 @@ QString placed(const QByteArray &json, const QJsonParseError &problem)
     const qsizetype line = 1 + std::count(json.begin(), json.begin() + offset, '\n');
     const qsizetype lineStart = offset == 0 ? 0 : json.lastIndexOf('\n', offset - 1) + 1;
     return tr("Invalid JSON, line %1, column %2: %3")
-        .arg(line)
-        .arg(offset - lineStart + 1)
-        .arg(problem.errorString());
+        .arg(QString::number(line), QString::number(offset - lineStart + 1), problem.errorString());
 }
 
 /// Parses into @p document; the text of what is wrong, if anything.
