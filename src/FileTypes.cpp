@@ -170,7 +170,9 @@ QList<FileTypes::SuffixEntry> FileTypes::suffixTable()
         for (const QString &suffix : type.data().suffixes) {
             const auto place = places.constFind(suffix);
             if (place != places.constEnd()) {
-                table[*place].types.append(type.name());
+                QList<QString> &types = table[*place].types;
+                if (types.constLast() != type.name()) // it may list a suffix twice
+                    types.append(type.name());
                 continue;
             }
             places.insert(suffix, table.size());

@@ -10,8 +10,12 @@
 
 /// One value of an enumeration that any module may extend: a name and what belongs to it.
 ///
-/// Constructing a value registers it, unless its name is known. Registering is meant for static
-/// initialisers: it takes no lock, and must not happen while another thread looks something up.
+/// Constructing a value registers it, unless its name is known: the first value of a name is the
+/// one that lookups find, the second one can be used itself and is known to nobody else. A module
+/// that wants to know compares data() of what a lookup of the name gives with its own.
+///
+/// Registering is meant for static initialisers: it takes no lock, and must not happen while
+/// another thread looks something up.
 ///
 /// Modules share a registry when they see a specialisation of registeredValues() that one of them
 /// exports, as FileTypes.h has it for file types; otherwise each may have its own.

@@ -29,7 +29,7 @@ public:
     struct VEX_EXPORT SuffixEntry
     {
         QString suffix; ///< as registered
-        QList<QString> types; ///< names of all types that list it, in the order of the registry
+        QList<QString> types; ///< names of the types that list it, each once, in registry order
         QString winner; ///< name of the type that suffixToType() gives for it
         bool isMatchable = false; ///< false: no name of a file has it, as lookups read names
     };
@@ -101,6 +101,7 @@ public:
     /// one that wins.
     ///
     /// A suffix with a letter in upper case, a point or a separator is one that no file can match.
+    /// A type whose name was taken is not registered, and so is not here; see ExtendableEnum.
     static QList<SuffixEntry> suffixTable();
 
     /// suffixToType() of what stands behind the last point of the file's name.
