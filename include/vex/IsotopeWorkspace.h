@@ -52,8 +52,7 @@ struct VEX_EXPORT IsotopeWorkspace
 /// further atom of the same element again, and stays empty.
 ///
 /// @param trimThreshold  share of the signal below which an entry at the end is cut
-/// @param workspace      the abundances; lists behind the fifth do not count, missing ones are
-/// empty
+/// @param workspace      the abundances; a missing list is empty, one behind the fifth not used
 /// @param atomsToAdd     at least five counts in the order C, H, N, O, S; below 1 adds none
 /// @param pattern        replaced by the grown one; index 0 is the monoisotopic peak
 /// @param atomTotals     at least five; accumulates the counts, whatever became of the pattern

@@ -3,6 +3,7 @@
 #include <QStringEncoder>
 
 #include <algorithm>
+#include <utility>
 
 namespace vex::detail {
 
