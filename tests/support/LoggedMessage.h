@@ -3,32 +3,22 @@
 #include <QMessageLogger>
 #include <QString>
 
+#include <utility>
+
 namespace vex::test {
 
-/// A message and the place that it names.
-struct LoggedMessage
-{
-    QtMsgType type = QtFatalMsg;
-    QString text;
-    QString file;
-    int line = 0;
-    QString function;
-};
-
-/// The last message that @p run logs; none of them is shown.
+/// The last message that @p run logs as "type file:line function: text"; none of them is shown.
 template <typename Run>
-LoggedMessage loggedBy(Run run)
+QString loggedBy(Run run)
 {
-    static LoggedMessage last;
-    last = {};
-    const QtMessageHandler before = qInstallMessageHandler([](QtMsgType type,
-                                                               const QMessageLogContext &at,
-                                                               const QString &text) {
-        last = {type, text, QString::fromUtf8(at.file), at.line, QString::fromUtf8(at.function)};
-    });
+    static QString last;
+    const QtMessageHandler before = qInstallMessageHandler(
+        [](QtMsgType type, const QMessageLogContext &at, const QString &text) {
+            last = QString::asprintf("%d %s:%d %s: ", type, at.file, at.line, at.function) + text;
+        });
     run();
     qInstallMessageHandler(before);
-    return last;
+    return std::exchange(last, QString());
 }
 
 } // namespace vex::test
