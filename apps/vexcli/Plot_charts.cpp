@@ -214,7 +214,8 @@ QRectF boundsOf(const PlottedPanel &panel)
             high = std::max(high, point.y());
         }
     }
-    return {QPointF(left, std::max(low, -kLargest)), QPointF(right, std::min(high, kLargest))};
+    return {QPointF(std::max(left, -kLargest), std::max(low, -kLargest)),
+        QPointF(std::min(right, kLargest), std::min(high, kLargest))};
 }
 
 /// At most as many points as the plot has room for: of each run the ends and the extremes.
@@ -234,10 +235,10 @@ QList<QPointF> thinned(const QList<QPointF> &points)
     return kept;
 }
 
-/// Widens a range without length, and leaves room at its ends.
+/// Widens a range without length, or too short to be divided, and leaves room at its ends.
 void addMargin(double *from, double *to, double share)
 {
-    if (!(*to > *from)) {
+    if (!(*to - *from > 1.0 / kLargest)) {
         const double margin = std::max(0.5, 0.01 * std::fabs(*from));
         *from -= margin;
         *to += margin;

@@ -398,6 +398,12 @@ steps in a missing folder | 1 | move . ../vex-moved -o ../vex-none/steps.csv | |
         QVERIFY(read(u"plot 150000_Da.svg"_s).contains("share of the whole signal"));
         QCOMPARE(vex(u"pattern --mass 1000 --plot p.png"_s).exitCode, 0);
         QVERIFY(read(u"p.png"_s).startsWith("\x89PNG"));
+        write(u"wide"_s, "-1e308,1\n1e308,2\n"); // no double holds its width
+        write(u"short"_s, "0,1\n5e-324,2\n1e-323,3\n"); // nor the steps of an axis for this
+        for (const QString &name : {u"wide"_s, u"short"_s}) {
+            const Outcome plotted = vex(u"apex --plot a.svg "_s + name);
+            QVERIFY(plotted.exitCode == 0 && !plotted.errors.contains("invalid range"_L1));
+        }
     }
 
     void tablesHaveTheSameBytesOnEveryPlatform()
