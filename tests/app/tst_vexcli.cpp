@@ -1,3 +1,5 @@
+#include "Processes.h"
+
 #include <QCryptographicHash>
 #include <QDir>
 #include <QDirIterator>
@@ -123,6 +125,11 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        if (runIn(u"."_s, m_program, {u"--version"_s}).errors == vex::test::kNoProcesses)
+            QSKIP("qemu-user cannot start the program.");
+    }
     void init()
     {
         m_folder = std::make_unique<QTemporaryDir>();

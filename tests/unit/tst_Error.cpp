@@ -2,6 +2,7 @@
 #include <vex/Result.h>
 
 #include "ErrorTrace.h"
+#include "Processes.h"
 
 #include <QProcess>
 #include <QTest>
@@ -167,7 +168,10 @@ private Q_SLOTS:
             environment.insert(u"QT_FORCE_STDERR_LOGGING"_s, u"1"_s);
             child.setProcessEnvironment(environment);
             child.start(QCoreApplication::applicationFilePath(), {u"--misuse"_s, kind});
-            QVERIFY2(child.waitForFinished(-1), qPrintable(child.errorString()));
+            const bool finished = child.waitForFinished(-1);
+            if (child.errorString() == test::kNoProcesses)
+                QSKIP("qemu-user cannot start the process that is to end.");
+            QVERIFY2(finished, qPrintable(child.errorString()));
             QVERIFY(child.exitStatus() == QProcess::CrashExit || child.exitCode() != 0);
             QCOMPARE(child.readAllStandardOutput(), QByteArray());
             const QString text = QString::fromLocal8Bit(child.readAllStandardError());
