@@ -8,16 +8,16 @@ windows_packages="g++-mingw-w64-x86-64-posix wine wine64 dpkg-dev clang libc++-d
 arm64_packages="g++-aarch64-linux-gnu qemu-user qt6-base-dev:arm64"
 bench_packages="libbenchmark-dev"
 
-# as_root REASON COMMAND...: as root itself or through sudo.
+# as_root OTHERWISE COMMAND...: runs it as root, or through sudo, or says what to do otherwise.
 as_root() {
-    reason=$1
+    otherwise=$1
     shift
     if [ "$(id -u)" -eq 0 ]; then
         "$@"
     elif command -v sudo >/dev/null; then
         sudo "$@"
     else
-        echo "Run as root, or $reason" >&2
+        echo "Run as root, or $otherwise" >&2
         exit 1
     fi
 }
@@ -41,10 +41,10 @@ install_missing() {
     done
     [ -n "$missing" ] || return 0
     echo "Installing:$missing"
-    how="install these packages yourself:$missing"
-    as_root "$how" apt-get update -q
+    by_hand="install these packages yourself:$missing"
+    as_root "$by_hand" apt-get update -q
     # shellcheck disable=SC2086 # a list of words
-    as_root "$how" env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends $missing
+    as_root "$by_hand" env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends $missing
 }
 
 # Lets packages of another architecture be installed beside the machine's own.
