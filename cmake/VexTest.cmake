@@ -18,7 +18,8 @@ function(vex_add_test kind name)
         target_link_libraries(${target} PRIVATE vex::vex)
     endif()
     add_test(NAME ${kind}.${name} COMMAND ${target})
-    set_tests_properties(${kind}.${name} PROPERTIES LABELS ${kind} TIMEOUT 300
+    set_tests_properties(${kind}.${name} PROPERTIES LABELS ${kind}
+        TIMEOUT $<IF:$<BOOL:${CMAKE_CROSSCOMPILING_EMULATOR}>,900,120>
         SKIP_REGULAR_EXPRESSION "SKIP +: [A-Za-z_]+::initTestCase\\(\\)" # all of it
         ENVIRONMENT "LC_ALL=C.UTF-8;QT_LOGGING_RULES=;QT_FORCE_STDERR_LOGGING=1")
 endfunction()
