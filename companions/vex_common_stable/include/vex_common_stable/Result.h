@@ -110,13 +110,13 @@ public:
     /// Appends one warning and returns this result.
     Result &addWarning(const QString &warning)
     {
-        addWarningInternal(warning);
+        addWarningInternal(QString(warning)); // a copy: it may be one of this result's own
         return *this;
     }
     /// Appends several warnings in order and returns this result.
     Result &addWarnings(const QList<QString> &warnings)
     {
-        addWarningsInternal(warnings);
+        addWarningsInternal(QList<QString>(warnings));
         return *this;
     }
     /// Removes all warnings and returns this result.
@@ -130,18 +130,16 @@ protected:
     /// Appends to this result and to the error that it holds.
     void addWarningInternal(const QString &warning) override
     {
-        const QString text = warning; // which may be one of this result's own
-        Warnings::addWarningInternal(text);
+        Warnings::addWarningInternal(warning);
         if (Error *error = std::get_if<1>(&m_storage))
-            error->addWarning(text);
+            error->addWarning(warning);
     }
     /// Appends to this result and to the error that it holds.
     void addWarningsInternal(const QList<QString> &warnings) override
     {
-        const QList<QString> texts = warnings; // which may be this result's own
-        Warnings::addWarningsInternal(texts);
+        Warnings::addWarningsInternal(warnings);
         if (Error *error = std::get_if<1>(&m_storage))
-            error->addWarnings(texts);
+            error->addWarnings(warnings);
     }
     /// Clears this result and the error that it holds.
     void clearWarningsInternal() override
@@ -153,18 +151,16 @@ protected:
     /// Replaces the texts of this result and of the error that it holds.
     void resetWarningInternal(const QString &warning) override
     {
-        const QString text = warning; // which may be one of this result's own
-        Warnings::resetWarningInternal(text);
+        Warnings::resetWarningInternal(warning);
         if (Error *error = std::get_if<1>(&m_storage))
-            error->resetWarning(text);
+            error->resetWarning(warning);
     }
     /// Replaces the texts of this result and of the error that it holds.
     void resetWarningsInternal(const QList<QString> &warnings) override
     {
-        const QList<QString> texts = warnings; // which may be this result's own
-        Warnings::resetWarningsInternal(texts);
+        Warnings::resetWarningsInternal(warnings);
         if (Error *error = std::get_if<1>(&m_storage))
-            error->resetWarnings(texts);
+            error->resetWarnings(warnings);
     }
 
 private:

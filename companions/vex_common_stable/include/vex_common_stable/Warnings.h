@@ -28,9 +28,15 @@ public:
     virtual ~Warnings();
 
     /// Replaces all texts by @p warning.
-    void resetWarning(const QString &warning) { resetWarningInternal(warning); }
+    void resetWarning(const QString &warning)
+    {
+        resetWarningInternal(QString(warning)); // a copy: it may be one of these
+    }
     /// Replaces all texts by @p warnings, in order.
-    void resetWarnings(const QList<QString> &warnings) { resetWarningsInternal(warnings); }
+    void resetWarnings(const QList<QString> &warnings)
+    {
+        resetWarningsInternal(QList<QString>(warnings));
+    }
 
     /// The texts, oldest first.
     const QList<QString> &warnings() const { return m_warnings; }
