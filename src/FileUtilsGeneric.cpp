@@ -4,6 +4,7 @@
 #include "detail/LocalPath.h"
 #include "detail/NameCharacters.h"
 #include "detail/Companions.h"
+#include "detail/Place.h"
 #include "detail/TextRows.h"
 #include "detail/Trace.h"
 #include "platform/Folder.h"
@@ -216,6 +217,16 @@ QString FileUtilsGeneric::getFileName(const QFileInfo &info)
     return {};
 }
 
+QString FileUtilsGeneric::identity(const QString &path)
+{
+    return detail::identityOf(path);
+}
+
+bool FileUtilsGeneric::isWithin(const QString &path, const QString &folder)
+{
+    return detail::isWithin(path, folder);
+}
+
 QString FileUtilsGeneric::defaultDownloadDir()
 {
     return QDir::toNativeSeparators(
@@ -303,7 +314,7 @@ qint64 FileUtilsGeneric::contentSize(const QString &path)
 
 Error FileUtilsGeneric::copyFile(const QString &source, const QString &destination)
 {
-    const QString problem = detail::copyWhole(source, destination);
+    const QString problem = detail::copyWhole(source, destination).problem;
     if (problem.isEmpty())
         return ErrorCode::NoError;
     Error error(ErrorCode::GeneralFailure,
@@ -323,13 +334,13 @@ Error FileUtilsGeneric::mkPath(const QString &path)
 Error FileUtilsGeneric::moveDirectory(
     const QString &source, const QString &destination, bool removeSource)
 {
-    return moveDirectory(source, destination, removeSource, nullptr);
+    return detail::FolderMove(Q_FUNC_INFO, nullptr, {}).run(source, destination, removeSource);
 }
 
 Error FileUtilsGeneric::moveDirectory(const QString &source, const QString &destination,
     bool removeSource, MoveReport *report, const MoveProgressCallback &progress)
 {
-    return detail::FolderMove(report, progress)
+    return detail::FolderMove(Q_FUNC_INFO, report, progress)
         .run(QString(source), QString(destination), removeSource); // may stand in the report
 }
 

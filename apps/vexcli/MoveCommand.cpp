@@ -5,7 +5,6 @@
 #include "Output.h"
 #include "Progress.h"
 #include "Table.h"
-#include "platform/Files.h"
 
 #include <vex/FileUtilsGeneric.h>
 
@@ -14,6 +13,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QSet>
 
 #include <algorithm>
 #include <optional>
@@ -48,38 +48,6 @@ struct Outcome
     QString hint; // what to do about it
 };
 
-/// Cleaned; "." and "..", which cannot be renamed, by their names.
-QString folderPath(const QString &text)
-{
-    const QString path = QDir::cleanPath(text);
-    const bool isNameless = path == "."_L1 || path.endsWith(".."_L1);
-    return isNameless ? QDir::cleanPath(QFileInfo(path).absoluteFilePath()) : path;
-}
-
-/// True when @p path is @p folder or lies in it, or will do so once it exists.
-bool isWithin(const QString &path, const QString &folder)
-{
-    const QString identity = fileIdentity(folder);
-    for (QFileInfo info(path);; info.setFile(info.path())) {
-        const QString real = info.canonicalFilePath(); // empty when there is nothing
-        info.setFile(real.isEmpty() ? info.absoluteFilePath() : real);
-        if (fileIdentity(info.filePath()) == identity)
-            return true;
-        if (info.path() == info.filePath()) // a root, or a drive that is not there
-            return false;
-    }
-}
-
-/// The folders that have to be made for @p path, innermost first.
-QStringList missingFolders(const QString &path)
-{
-    QStringList missing;
-    QFileInfo info(QFileInfo(path).absoluteFilePath());
-    for (; !info.exists() && info.path() != info.filePath(); info.setFile(info.path()))
-        missing.append(info.filePath());
-    return missing;
-}
-
 bool isLinkToFolder(const QString &path)
 {
     const QFileInfo info(path);
@@ -91,12 +59,19 @@ bool isLinkToFolder(const QString &path)
 QString linkToFolderIn(const QString &folder)
 {
     using vex::FileUtilsGeneric;
-    const QStringList folders = QStringList{folder}
-        + FileUtilsGeneric::getFolderContent(folder,
-            FileUtilsGeneric::Folders | FileUtilsGeneric::Subfolders
-                | FileUtilsGeneric::NoDotAndDotDot);
-    const auto link = std::find_if(folders.begin(), folders.end(), isLinkToFolder);
-    return link == folders.end() ? QString() : *link;
+    QStringList folders{folder};
+    QSet<QString> entered; // not every link can be told from a folder
+    while (!folders.isEmpty()) {
+        const QString next = folders.takeLast();
+        if (isLinkToFolder(next))
+            return next;
+        const qsizetype before = entered.size();
+        entered.insert(FileUtilsGeneric::identity(next));
+        if (entered.size() > before)
+            folders += FileUtilsGeneric::getFolderContent(
+                next, FileUtilsGeneric::Folders | FileUtilsGeneric::NoDotAndDotDot);
+    }
+    return {};
 }
 
 QString kindName(Step::Kind kind)
@@ -118,7 +93,7 @@ QString kindName(Step::Kind kind)
 
 QString whatOf(const Step &step)
 {
-    return step.isFolder ? u"folder"_s : u"file"_s;
+    return !step.link.isEmpty() ? u"link"_s : step.isFolder ? u"folder"_s : u"file"_s;
 }
 
 /// "1 file", "2 files"
@@ -129,15 +104,16 @@ QString counted(qint64 count, const QString &what)
 
 QString amountOf(const vex::MoveReport &report, Step::Kind kind)
 {
-    const auto folders = std::count_if(report.steps.begin(), report.steps.end(),
-        [kind](const Step &step) { return step.kind == kind && step.isFolder; });
-    const auto files = report.count(kind) - folders;
     QStringList parts;
-    if (folders > 0)
-        parts.append(counted(folders, u"folder"_s));
-    if (files > 0)
-        parts.append(counted(files, u"file"_s));
-    if (files > 0 || report.bytes(kind) > 0)
+    bool hasContent = report.bytes(kind) > 0;
+    for (const QString &what : {u"folder"_s, u"file"_s, u"link"_s}) {
+        const auto count = std::count_if(report.steps.begin(), report.steps.end(),
+            [&](const Step &step) { return step.kind == kind && whatOf(step) == what; });
+        if (count > 0)
+            parts.append(counted(count, what));
+        hasContent = hasContent || (count > 0 && what == "file"_L1);
+    }
+    if (hasContent)
         parts.append(counted(report.bytes(kind), u"byte"_s));
     return parts.join(", "_L1);
 }
@@ -174,7 +150,7 @@ QByteArray asJson(const Request &request, const Outcome &outcome)
     for (const Step &step : outcome.report.steps)
         steps.append(QJsonObject{{u"kind"_s, kindName(step.kind)}, {u"what"_s, whatOf(step)},
             {u"source"_s, step.source}, {u"destination"_s, step.destination},
-            {u"bytes"_s, step.bytes}, {u"reason"_s, step.reason}});
+            {u"bytes"_s, step.bytes}, {u"reason"_s, step.reason}, {u"link"_s, step.link}});
     QJsonObject object{{u"source"_s, request.source}, {u"destination"_s, request.destination},
         {u"isDone"_s, outcome.problem.isEmpty()}, {u"steps"_s, steps}};
     if (!outcome.problem.isEmpty())
@@ -186,11 +162,11 @@ QByteArray asJson(const Request &request, const Outcome &outcome)
 
 void writeCsv(const vex::MoveReport &report, Output *output)
 {
-    output->write("kind,what,source,destination,bytes,reason\n");
+    output->write("kind,what,source,destination,bytes,reason,link\n");
     for (const Step &step : report.steps)
         output->write((kindName(step.kind) + u',' + whatOf(step) + u',' + csvField(step.source)
             + u',' + csvField(step.destination) + u',' + QString::number(step.bytes) + u','
-            + csvField(step.reason) + u'\n')
+            + csvField(step.reason) + u',' + csvField(step.link) + u'\n')
                           .toUtf8());
 }
 
@@ -221,7 +197,7 @@ QString hintFor(
 /// Moves the folder. @p refused gets a link that must not be followed; nothing has changed then.
 Outcome move(const Request &request, QString *refused)
 {
-    const QStringList missing = missingFolders(request.destination);
+    const bool isNew = !QFileInfo::exists(request.destination);
     Outcome outcome;
     std::optional<Progress> bar;
     bool isUnfinished = false;
@@ -242,13 +218,15 @@ Outcome move(const Request &request, QString *refused)
     outcome.error = vex::FileUtilsGeneric::moveDirectory(
         request.source, request.destination, request.mustDelete, &outcome.report, progress);
     if (!refused->isEmpty()) {
-        for (const QString &folder : missing)
-            QDir().rmdir(folder);
+        const QList<Step> &steps = outcome.report.steps;
+        for (auto step = steps.crbegin(); step != steps.crend(); ++step) {
+            if (step->kind == Step::Created)
+                QDir().rmdir(step->destination);
+        }
     } else if (outcome.error.hasError()) {
         const QStringList reasons = QStringList{outcome.error.message()} + outcome.error.warnings();
         outcome.problem = shownText(reasons.join(": "_L1));
-        outcome.hint =
-            hintFor(request, outcome.report, isUnfinished || isInterrupted(), !missing.isEmpty());
+        outcome.hint = hintFor(request, outcome.report, isUnfinished || isInterrupted(), isNew);
     }
     return outcome;
 }
@@ -265,16 +243,18 @@ vex::Error check(const Request &request)
     if (to.exists() && !to.isDir())
         return failure(
             u"cannot move %1: %2 is not a folder"_s.arg(shownText(source), shownText(destination)));
-    if (fileIdentity(source) == fileIdentity(destination))
+    using vex::FileUtilsGeneric;
+    if (FileUtilsGeneric::identity(source) == FileUtilsGeneric::identity(destination))
         return usageFailure(
             u"%1 and %2 are the same folder"_s.arg(shownText(source), shownText(destination)));
-    if (isWithin(destination, source))
+    if (FileUtilsGeneric::isWithin(destination, source))
         return usageFailure(u"cannot move %1 into itself: %2 lies in it"_s.arg(
             shownText(source), shownText(destination)));
     if (stepsFile.isEmpty())
         return vex::ErrorCode::NoError;
     for (const QString &folder : {source, destination}) {
-        if (isWithin(stepsFile, folder) || isWithin(folder, stepsFile))
+        if (FileUtilsGeneric::isWithin(stepsFile, folder)
+            || FileUtilsGeneric::isWithin(folder, stepsFile))
             return usageFailure(u"cannot write the steps to %1: %2 is moved or filled"_s.arg(
                 shownText(stepsFile), shownText(folder)));
     }
@@ -346,7 +326,7 @@ vex::Error runMove(const QStringList &arguments)
         "renamed as a whole. Without this a tree with such a link stays as it is then."_s);
     commandLine.addOption({u"o"_s, u"output"_s},
         u"Writes every step in order to FILE as CSV, also when the move fails: kind, what, source, "
-        "destination, bytes, reason. --json does not change it."_s,
+        "destination, bytes, reason, and what a link holds. --json does not change it."_s,
         u"FILE"_s);
     if (auto error = commandLine.parse(arguments); error.hasError() || commandLine.isHelpShown())
         return error;
@@ -357,9 +337,9 @@ vex::Error runMove(const QStringList &arguments)
         return usageFailure(u"an empty text is no folder"_s);
     if (commandLine.isSet(u"output"_s) && commandLine.value(u"output"_s).isEmpty())
         return usageFailure(u"--output needs the name of a file"_s);
-    const Request request{folderPath(folders[0]), folderPath(folders[1]),
-        commandLine.value(u"output"_s), !commandLine.isSet(u"keep-undeletable"_s),
-        commandLine.isSet(u"follow-links"_s), commandLine.isSet(u"json"_s)};
+    const Request request{folders[0], folders[1], commandLine.value(u"output"_s),
+        !commandLine.isSet(u"keep-undeletable"_s), commandLine.isSet(u"follow-links"_s),
+        commandLine.isSet(u"json"_s)};
     if (auto error = check(request); error.hasError())
         return passedOn(std::move(error));
     return passedOn(runRequest(request));

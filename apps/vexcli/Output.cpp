@@ -3,6 +3,8 @@
 #include "Failure.h"
 #include "platform/Files.h"
 
+#include <vex/FileUtilsGeneric.h>
+
 #include <QFile>
 #include <QSaveFile>
 
@@ -47,7 +49,8 @@ vex::Error requireOtherFiles(const QStringList &inputs, const QStringList &outpu
     for (const QString &output : outputs) {
         for (const QString &other : std::as_const(taken)) {
             if (!output.isEmpty() && !other.isEmpty()
-                && fileIdentity(output) == fileIdentity(other))
+                && vex::FileUtilsGeneric::identity(output)
+                    == vex::FileUtilsGeneric::identity(other))
                 return usageFailure(u"%1 would overwrite %2"_s.arg(output, other));
         }
         taken.append(output);

@@ -9,8 +9,8 @@
 #include "Plot.h"
 #include "Progress.h"
 #include "Table.h"
-#include "platform/Files.h"
 
+#include <vex/FileUtilsGeneric.h>
 #include <vex/MolecularMass.h>
 
 #include <QHash>
@@ -188,7 +188,7 @@ public:
             QString filled = path;
             if (m_isOneEach)
                 filled.replace(kNamePlaceholder, fileNameFor(molecules[i].name));
-            const QString file = fileIdentity(filled);
+            const QString file = vex::FileUtilsGeneric::identity(filled);
             if (files.contains(file))
                 return failure(u"two patterns would be drawn into %1"_s.arg(filled));
             files.insert(file);

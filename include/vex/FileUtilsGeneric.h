@@ -49,6 +49,14 @@ public:
     /// Deliberate: letter for letter, so "C:/A" and "c:/a" differ on Windows as well.
     static bool compare(const QString &a, const QString &b);
 
+    /// One text for all paths of a file or a folder, however they get there: by links, by mounts,
+    /// in other letters where the file system takes them for the same. Whether it exists yet or
+    /// not.
+    static QString identity(const QString &path);
+
+    /// True when @p path is @p folder or lies in it, or will do so once it exists, by identity().
+    static bool isWithin(const QString &path, const QString &folder);
+
     /// Slash and backslash, in this order.
     static QList<QChar> pathSeparators();
 

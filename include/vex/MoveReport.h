@@ -11,9 +11,11 @@ namespace vex {
 
 /// What FileUtilsGeneric::moveDirectory() did, step by step.
 ///
-/// The steps are enough to undo a move: taken from the last to the first, what was renamed is
-/// renamed back, what was created is removed, what was copied is deleted, and what was deleted is
-/// copied back before that.
+/// Taken from the last to the first, the steps bring files, folders and links back to where they
+/// were: what was renamed is renamed back, what was created is removed, what was copied is deleted,
+/// and what was deleted is made again before that, a link as a link, a file from its copy. What a
+/// copy does not keep, such as the owner, and the permissions of deleted folders stay lost;
+/// docs/reliability.md has the list.
 class VEX_EXPORT MoveReport
 {
 public:
@@ -23,18 +25,19 @@ public:
         /// What happened.
         enum Kind {
             Renamed, ///< a folder with everything in it, from source to destination
-            Created, ///< a folder at the destination, empty; folders made above it are not told
-            Copied, ///< a file, whole; its source is still there
-            Deleted, ///< a file or a folder at the source; the copy of a file is complete
+            Created, ///< a folder at the destination, empty; source is empty for those above it
+            Copied, ///< a file, also by way of a link, whole; its source is still there
+            Deleted, ///< a file, a link or a folder at the source; the copy of a file is complete
             LeftBehind, ///< still at the source when the move ended, for whatever reason
         };
 
         Kind kind = Renamed; ///< what happened
-        bool isFolder = false; ///< a symbolic link to a folder is none when it is left behind
+        bool isFolder = false; ///< also a link to one, but not when it is left behind
         QString source; ///< path at the source
         QString destination; ///< path at the destination; empty where nothing is there
         qint64 bytes = 0; ///< content of the file, or of all files below a renamed folder
         QString reason; ///< why something was left behind, as far as that is known
+        QString link; ///< what a symbolic link at the source holds; empty where it is none
 
         /// True when all agree.
         bool operator==(const Step &) const = default;

@@ -2,7 +2,7 @@
 
 #include <vex/FileUtilsGeneric.h>
 
-#include "detail/Companions.h"
+#include "detail/Place.h"
 #include "detail/Trace.h"
 #include "platform/Folder.h"
 
@@ -10,6 +10,8 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QObject>
+
+#include <numeric>
 
 using namespace Qt::StringLiterals;
 
@@ -39,48 +41,14 @@ Error failure(const QString &text, const QString &reason = {})
     return error;
 }
 
-/// Where @p path leads, or would lead if it existed, by way of symbolic links.
-QString realPath(const QString &path)
-{
-    QString missing;
-    QFileInfo info(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
-    for (;;) {
-        if (const QString real = info.canonicalFilePath(); !real.isEmpty())
-            return missing.isEmpty() ? real : QDir(real).filePath(missing);
-        const QFileInfo above(info.path());
-        if (above.filePath() == info.filePath())
-            return path; // on a drive that is not there
-        missing = missing.isEmpty() ? info.fileName() : info.fileName() + u'/' + missing;
-        info = above;
-    }
-}
-
-bool isSame(const QString &folder, const QString &other)
-{
-    return realPath(folder) == realPath(other);
-}
-
-bool isBelow(const QString &path, const QString &folder)
-{
-    const QString real = realPath(folder);
-    return realPath(path).startsWith(real.endsWith(u'/') ? real : real + u'/');
-}
-
-/// Why no folder can be made at @p path, as far as the system tells.
-QString folderProblem(const QString &path)
-{
-    QFileInfo existing(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
-    while (!existing.exists() && existing.path() != existing.filePath())
-        existing = QFileInfo(existing.path());
-    return writeProblem(existing.filePath());
-}
-
 /// Why a move does not touch something; empty when it could have.
-QString reasonToStay(const FolderEntry &entry, bool isInHidden)
+QString reasonToStay(const FolderEntry &entry)
 {
+    if (!entry.problem.isEmpty())
+        return entry.problem;
     if (!entry.isText)
         return FileUtilsGeneric::tr("Its name is no text");
-    if (entry.isHidden || isInHidden)
+    if (entry.isHidden)
         return FileUtilsGeneric::tr("It is hidden");
     if (entry.kind == FolderEntry::Link)
         return FileUtilsGeneric::tr("It is a symbolic link");
@@ -89,12 +57,15 @@ QString reasonToStay(const FolderEntry &entry, bool isInHidden)
     return {};
 }
 
-/// What moving the files below a folder takes, one after the other.
+/// What moving the visible files below a folder takes, one after the other.
 MoveProgress amountOf(const QString &folder)
 {
     MoveProgress amount;
-    for (const QString &file : folderContent(folder, QDir::Files, QDirIterator::Subdirectories)) {
-        amount.bytesTotal += QFileInfo(file).size();
+    for (const FolderEntry &entry : everythingBelow(folder)) {
+        const bool isLink = entry.kind == FolderEntry::Link && QFileInfo(entry.path).isFile();
+        if (entry.isHidden || !entry.isText || !(isLink || entry.kind == FolderEntry::File))
+            continue;
+        amount.bytesTotal += isLink ? QFileInfo(entry.path).size() : entry.bytes;
         ++amount.filesTotal;
     }
     return amount;
@@ -102,15 +73,17 @@ MoveProgress amountOf(const QString &folder)
 
 } // namespace
 
-FolderMove::FolderMove(MoveReport *report, const MoveProgressCallback &progress)
-    : m_report(report)
+FolderMove::FolderMove(
+    const char *function, MoveReport *report, const MoveProgressCallback &progress)
+    : m_function(function)
+    , m_report(report)
     , m_progress(progress)
 {
 }
 
 Error FolderMove::run(const QString &source, const QString &destination, bool removeSource)
 {
-    m_source = QDir::cleanPath(source);
+    m_source = QDir::cleanPath(resolved(source));
     if (m_report)
         m_report->steps.clear();
     Error error = moveFolder(source, destination, removeSource);
@@ -123,45 +96,67 @@ Error FolderMove::run(const QString &source, const QString &destination, bool re
     return error;
 }
 
-Error FolderMove::moveFolder(const QString &source, const QString &destination, bool removeSource)
+Error FolderMove::moveFolder(
+    const QString &source, const QString &destination, bool removeSource, QStringList places)
 {
     // an empty path would be the working folder
     if (source.isEmpty() || !QDir(source).exists()) {
         const QString text = QObject::tr("Source directory %1 doesn't exist").arg(source);
-        return stamped(at::sourceMissing, Q_FUNC_INFO, failure(text));
+        return stamped(at::sourceMissing, m_function, failure(text));
     }
-    if (renameFolder(source, destination))
+    // Messages have the folders as they were given, everything else as they may be cleaned.
+    const QString from = resolved(source);
+    const QString to = destination.isEmpty() ? QString() : QDir::cleanPath(resolved(destination));
+    if (renameFolder(from, to))
         return ErrorCode::NoError;
-    if (Error error = makeFolder(source, destination); error.hasError())
-        return error;
+    // Links may lead here in a circle, or a second time; what can be moved has been, or will be.
+    const QString identity = identityOf(from);
+    const bool isEntered = m_entered.contains(identity);
+    const QString link = linkText(from);
+    if (isEntered && !link.isEmpty())
+        return ErrorCode::NoError;
+    m_entered.insert(identity);
+    if (places.isEmpty() || !linkText(to).isEmpty())
+        places = placesAbove(to);
+    if (const QString reason = makeFolder(from, to, places); !reason.isEmpty()) {
+        const QString text = QObject::tr("Cannot create folder %1").arg(destination);
+        return stamped(at::destinationNotCreated, m_function, failure(text, reason));
+    }
 
-    const QList<QString> names =
-        QDir(source).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::NoSort);
+    const QString place = identityOf(to);
+    places.append(place);
+    const QList<QString> names = isEntered
+        ? QList<QString>()
+        : QDir(from).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::NoSort);
     for (const QString &name : names) {
-        const QString from = QDir::cleanPath(source + QDir::separator() + name);
-        const QString to = QDir::cleanPath(destination + QDir::separator() + name);
-        if (!goesOn(from)) {
+        const QString entry = QDir::cleanPath(from + QDir::separator() + name);
+        const QString target = QDir::cleanPath(to + QDir::separator() + name);
+        if (!goesOn(entry)) {
             const QString text = FileUtilsGeneric::tr("Moving %1 was cancelled").arg(m_source);
-            return stamped(at::cancelled, Q_FUNC_INFO, Error(ErrorCode::GeneralFailure, text));
+            return stamped(at::cancelled, m_function, Error(ErrorCode::GeneralFailure, text));
         }
-        if (QFileInfo(from).isDir()) {
+        const QFileInfo info(entry);
+        if (info.isDir()) {
             // Deliberate: what stays behind in a subfolder is no error, whatever the caller wants.
-            if (Error error = moveFolder(from, to, false); error.hasError())
-                return stamped(at::subfolderNotMoved, Q_FUNC_INFO, std::move(error));
-        } else if (Error error = moveFile(from, to, removeSource); error.hasError()) {
+            if (Error error = moveFolder(entry, target, false, places); error.hasError())
+                return stamped(at::subfolderNotMoved, m_function, std::move(error));
+        } else if (info.isSymbolicLink() && !info.exists()) {
+            continue; // what it led to has been moved; links to nothing stay
+        } else if (Error error = moveFile(entry, target, removeSource); error.hasError()) {
             return error;
         }
     }
 
     // an empty folder may be its own destination
-    if (!isSame(source, destination) && QDir().rmdir(source)) {
-        note({Step::Deleted, true, QDir::cleanPath(source), QDir::cleanPath(destination), 0, {}});
+    if (place != identity && removeFolder(from)) {
+        m_entered.remove(identity); // the next new folder may get its number
+        note({Step::Deleted, true, QDir::cleanPath(from), to, 0, {}, link});
         return ErrorCode::NoError;
     }
     if (!removeSource)
         return ErrorCode::NoError;
     const QString text = QObject::tr("Cannot remove %1").arg(source);
-    return stamped(at::folderNotRemoved, Q_FUNC_INFO, failure(text));
+    return stamped(at::folderNotRemoved, m_function, failure(text));
 }
 
 bool FolderMove::renameFolder(const QString &source, const QString &destination)
@@ -170,10 +165,14 @@ bool FolderMove::renameFolder(const QString &source, const QString &destination)
     const QString above = QFileInfo(destination).path() + "/."_L1;
     if (destination.isEmpty() || !QFileInfo::exists(above) || !QDir().rename(source, destination))
         return false;
-    if (m_report)
-        note({Step::Renamed, true, QDir::cleanPath(source), QDir::cleanPath(destination),
-            FileUtils::dirSize(destination), {}});
-    if (m_isMeasured) {
+    const QString link = linkText(destination); // then nothing but the link has been moved
+    if (m_report) {
+        const auto content = link.isEmpty() ? everythingBelow(destination) : QList<FolderEntry>();
+        const qint64 bytes = std::accumulate(content.begin(), content.end(), qint64{0},
+            [](qint64 sum, const FolderEntry &entry) { return sum + entry.bytes; });
+        note({Step::Renamed, true, QDir::cleanPath(source), destination, bytes, {}, link});
+    }
+    if (m_isMeasured && link.isEmpty()) {
         const MoveProgress amount = amountOf(destination);
         m_state.bytesDone += amount.bytesTotal;
         m_state.filesDone += amount.filesTotal;
@@ -181,62 +180,64 @@ bool FolderMove::renameFolder(const QString &source, const QString &destination)
     return true;
 }
 
-Error FolderMove::makeFolder(const QString &source, const QString &destination)
+QString FolderMove::makeFolder(
+    const QString &source, const QString &destination, const QStringList &places)
 {
-    QString reason;
-    if (destination.isEmpty()) { // it would be the root
-        reason = FileUtilsGeneric::tr("It has no name");
-    } else if (isBelow(destination, source)) {
-        reason = FileUtilsGeneric::tr("It lies in the folder that is to be moved");
-    } else if (QDir(destination).exists()) {
-        return ErrorCode::NoError;
-    } else if (QDir().mkpath(destination)) {
-        // others must not see more than before; our own files have to get in
-        QFile::setPermissions(destination,
-            QFile::permissions(source) | QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        note({Step::Created, true, QDir::cleanPath(source), QDir::cleanPath(destination), 0, {}});
-        return ErrorCode::NoError;
-    } else {
-        reason = folderProblem(destination);
-    }
-    const QString text = QObject::tr("Cannot create folder %1").arg(destination);
-    return stamped(at::destinationNotCreated, Q_FUNC_INFO, failure(text, reason));
+    if (destination.isEmpty()) // it would be the root
+        return FileUtilsGeneric::tr("It has no name");
+    const QString identity = identityOf(source);
+    if (places.contains(identity) && identityOf(destination) != identity)
+        return FileUtilsGeneric::tr("It lies in the folder that is to be moved");
+    QList<QString> made;
+    const QString problem = makeFolders(destination, source, &made);
+    for (const QString &folder : std::as_const(made))
+        note({Step::Created, true, folder == destination ? QDir::cleanPath(source) : QString(),
+            folder, 0, {}, {}});
+    return QDir(destination).exists() ? QString() : problem;
 }
 
 Error FolderMove::moveFile(const QString &source, const QString &destination, bool removeSource)
 {
     const FileState state = fileState(source);
+    const QString link = linkText(source);
     // a link to a device is no file: reading it might never end
-    QString problem = QFileInfo(source).isFile()
+    auto [bytes, problem, isAtEnd] = QFileInfo(source).isFile()
         ? copyWhole(source, destination)
-        : FileUtilsGeneric::tr("It is neither a file nor a folder");
-    const qint64 bytes = QFileInfo(destination).size();
+        : Copy{0, FileUtilsGeneric::tr("It is neither a file nor a folder")};
+    const bool isCopied = problem.isEmpty();
     auto deletion = Deletion::Changed;
     QString reason;
-    if (problem.isEmpty() && bytes == state.bytes)
-        deletion = deleteUnchanged(source, state, &reason);
-    if (problem.isEmpty() && deletion == Deletion::Changed) {
-        QFile::setPermissions(destination, QFile::WriteOwner); // Windows keeps what is read-only
-        QFile::remove(destination);
-        problem = FileUtilsGeneric::tr("The file changed while it was copied");
+    if (isCopied) {
+        isAtEnd = bytes >= state.bytes; // some systems say less than there is
+        if (isAtEnd)
+            deletion = deleteUnchanged(source, state, &reason);
+        if (deletion == Deletion::Changed) {
+            // Windows keeps what is read-only
+            QFile::setPermissions(destination, QFile::WriteOwner);
+            QFile::remove(destination);
+        }
     }
+    if (!isAtEnd || (isCopied && deletion == Deletion::Changed))
+        problem = isAtEnd || fileState(source) != state
+            ? FileUtilsGeneric::tr("The file changed while it was copied")
+            : FileUtilsGeneric::tr("Reading it ended too early");
     if (!problem.isEmpty()) {
         m_kept.insert(source, {{}, problem});
         const QString text = QObject::tr("Cannot copy %1 to %2").arg(source, destination);
-        return stamped(at::fileNotCopied, Q_FUNC_INFO, failure(text, problem));
+        return stamped(at::fileNotCopied, m_function, failure(text, problem));
     }
-    note({Step::Copied, false, source, destination, bytes, {}});
+    note({Step::Copied, false, source, destination, bytes, {}, link});
     m_state.bytesDone += bytes;
     ++m_state.filesDone;
     if (deletion == Deletion::Done) {
-        note({Step::Deleted, false, source, destination, bytes, {}});
+        note({Step::Deleted, false, source, destination, bytes, {}, link});
         return ErrorCode::NoError;
     }
     m_kept.insert(source, {destination, reason});
     if (!removeSource)
         return ErrorCode::NoError;
     const QString text = QObject::tr("Cannot remove %1").arg(source);
-    return stamped(at::fileNotRemoved, Q_FUNC_INFO, failure(text, reason));
+    return stamped(at::fileNotRemoved, m_function, failure(text, reason));
 }
 
 void FolderMove::note(const Step &step)
@@ -247,21 +248,18 @@ void FolderMove::note(const Step &step)
 
 void FolderMove::noteLeftBehind()
 {
-    const QFileInfo source(m_source);
-    if (!source.isDir())
+    // of a renamed folder nothing is left, even if the old name still leads to it
+    const Step first = m_report->steps.value(0);
+    if ((first.kind == Step::Renamed && first.source == m_source) || !QFileInfo(m_source).isDir())
         return;
-    note({Step::LeftBehind, true, m_source, {}, 0, {}});
-    QString hiddenFolder; // the last one; what is in a folder comes next
+    note({Step::LeftBehind, true, m_source, {}, 0, {}, {}});
     for (const FolderEntry &entry : everythingBelow(m_source)) {
-        const bool isFolder = entry.kind == FolderEntry::Folder;
-        const bool isInHidden =
-            !hiddenFolder.isEmpty() && entry.path.startsWith(hiddenFolder + u'/');
-        if (isFolder && entry.isHidden && !isInHidden)
-            hiddenFolder = entry.path;
         Kept kept = m_kept.value(entry.path);
         if (kept.reason.isEmpty())
-            kept.reason = reasonToStay(entry, isInHidden);
-        note({Step::LeftBehind, isFolder, entry.path, kept.copy, entry.bytes, kept.reason});
+            kept.reason = reasonToStay(entry);
+        note({Step::LeftBehind, entry.kind == FolderEntry::Folder, entry.path, kept.copy,
+            entry.bytes, kept.reason,
+            entry.kind == FolderEntry::Link ? linkText(entry.path) : QString()});
     }
 }
 

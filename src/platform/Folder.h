@@ -35,9 +35,10 @@ struct FolderEntry
 
     QString path; ///< bytes of a name that are no text as \xHH
     Kind kind;
-    bool isHidden; ///< itself, as the system has it
+    bool isHidden; ///< as the system has it, or in a hidden folder
     bool isText; ///< false: its name is none
     qint64 bytes; ///< of a file; 0 otherwise
+    QString problem; ///< why what is in a folder could not be listed
 };
 
 /// Everything below @p path: hidden, no files, no text; folders before what is in them. Links are
@@ -56,7 +57,14 @@ struct FileState
     bool operator==(const FileState &) const = default;
 };
 
+/// Of a file or a folder, symbolic links followed.
 FileState fileState(const QString &path);
+
+/// One text for all paths of a file or a folder, whether it exists yet or not.
+QString fileIdentity(const QString &path);
+
+/// What the symbolic link at @p path holds; empty when there is no link.
+QString linkText(const QString &path);
 
 /// What became of a file.
 enum class Deletion {
@@ -70,14 +78,27 @@ enum class Deletion {
 /// @param reason  what the system said when it failed
 Deletion deleteUnchanged(const QString &path, const FileState &state, QString *reason);
 
-/// What the system has against a new entry in @p folder; empty when it has nothing, or tells when
-/// it is tried.
-QString writeProblem(const QString &folder);
+/// Removes an empty folder.
+bool removeFolder(const QString &path);
+
+/// Makes a folder, and what is missing above it.
+///
+/// @param path  cleaned
+/// @param like  what it gets its permissions from, never more than these; its owner may fill it
+/// @param made  appended to: what has been made, outermost first, also on failure
+/// @return what the system said; empty when nothing went wrong
+QString makeFolders(const QString &path, const QString &like, QList<QString> *made);
+
+/// What copyWhole() did.
+struct Copy
+{
+    qint64 bytes = 0; ///< from the beginning of the source to where reading it came to an end
+    QString problem; ///< what went wrong, then there is no copy; empty when nothing did
+    bool isAtEnd = true; ///< false: the problem is that the source goes on
+};
 
 /// Copies a file, with its modification time and permissions, so that it gets its name when it is
 /// whole, and only if there is nothing of that name.
-///
-/// @return what went wrong; empty when nothing did
-QString copyWhole(const QString &source, const QString &destination);
+Copy copyWhole(const QString &source, const QString &destination);
 
 } // namespace vex::detail
