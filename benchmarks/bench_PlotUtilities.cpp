@@ -116,12 +116,12 @@ void addAll(qsizetype points)
         lists->at(1).append(b.points()[i].y());
     }
     bench::requireEqual(plain::correlation(lists->at(0), lists->at(1))
-            == vex::detail::correlationOf(lists->at(0), lists->at(1)).value(),
+            == pearsonsCorrelation(lists->at(0), lists->at(1)).value(),
         "list correlation");
     add(
         "list correlation" + size,
         [lists] { return plain::correlation(lists->at(0), lists->at(1)); },
-        [lists] { return vex::detail::correlationOf(lists->at(0), lists->at(1)); }, 1.3);
+        [lists] { return pearsonsCorrelation(lists->at(0), lists->at(1)); }, 1.3);
 }
 
 /// Time over the number of points, for the growth in the full listing.

@@ -1,5 +1,7 @@
 #include <vex/ApexFinder.h>
 
+#include "detail/PlotThresholds.h"
+
 #include <cmath>
 #include <limits>
 
@@ -9,11 +11,10 @@ double ApexFinder::findApexTime(const PlotBase &plot, double start, double end)
 {
     constexpr double kInset = 0.01; // given by the interface
     constexpr double kSmallest = std::numeric_limits<double>::min();
-    constexpr double kZero = 1e-12; // magnitudes up to here count as 0
     const double lowest = (start + kInset) + kSmallest;
     const double highest = (end - kInset) - kSmallest;
     const QPointF apex = plot.getMaxTimeIntensity(lowest, highest);
-    return std::fabs(apex.y()) <= kZero ? (start + end) * 0.5 : apex.x();
+    return std::fabs(apex.y()) <= detail::kPlotZero ? (start + end) * 0.5 : apex.x();
 }
 
 double ApexFinder::findApexTime(const PlotBase &plot, QPointF startPoint, QPointF endPoint)

@@ -14,7 +14,8 @@ namespace vex {
 /// Signals hold their points in ascending x. x is in minutes or m/z, the same unit in both signals;
 /// y and areas are in the units of the signals. Magnitudes up to 1e-12 count as 0, positions closer
 /// than 1e-6 as one. A signal that is not ascending gets the answer of the same steps, more slowly;
-/// checkSignal() finds it.
+/// checkSignal() finds it. Values between samples and areas are those of PlotBase. Where memory runs
+/// out, std::bad_alloc is thrown.
 namespace PlotUtilities {
 
 /// A signal with the magnitude of every y.
@@ -42,10 +43,8 @@ VEX_EXPORT Error removeCloseValues(QList<double> *values, double tolerance);
 ///
 /// @param a, b       points in ascending x
 /// @param tolerance  not used: positions closer than 1e-6 always count as one
-/// @return ascending positions; when a signal is empty, the other's x as they stand
-/// @par Errors  InvalidInput when a sampling interval is needed and the longer signal has fewer
-/// than
-///              two points
+/// @return ascending positions; when a signal is empty, the other's x as they stand; never an error,
+///         for of two signals that need a sampling interval the longer one has two points at least
 VEX_EXPORT Result<QList<double>> mergeDomains(
     const PlotBase &a, const PlotBase &b, double tolerance);
 
@@ -53,22 +52,23 @@ VEX_EXPORT Result<QList<double>> mergeDomains(
 ///
 /// @param a, b       points in ascending x
 /// @param tolerance  not used, see mergeDomains()
-/// @par Errors  as mergeDomains()
+/// @return never an error
 VEX_EXPORT Result<PlotBase> subtract(const PlotBase &a, const PlotBase &b, double tolerance);
 
 /// Area under the magnitude of the difference, divided by the smaller of the areas under the
 /// magnitudes of both signals; by the larger one when the smaller counts as 0; 0 when both do.
 ///
+/// Areas above 1.8e308 are infinite, and the quotient of two such is NaN.
 /// @param a, b       points in ascending x
 /// @param tolerance  not used, see mergeDomains()
-/// @par Errors  as mergeDomains()
+/// @return never an error
 VEX_EXPORT Result<double> relativeAreaOfError(
     const PlotBase &a, const PlotBase &b, double tolerance);
 
 /// Pearson's correlation of both signals over their common positions; 0 when one of them is flat.
 ///
 /// @param a, b  points in ascending x
-/// @par Errors  as mergeDomains()
+/// @return never an error
 VEX_EXPORT Result<double> pearsonsCorrelation(const PlotBase &a, const PlotBase &b);
 
 /// Whether two signals are alike: both without intensity, or close in area and correlation.
@@ -79,7 +79,7 @@ VEX_EXPORT Result<double> pearsonsCorrelation(const PlotBase &a, const PlotBase 
 /// @param ignoredTolerance         not used
 /// @param maxRelativeAreaOfError   largest that still counts as alike; NaN as area passes
 /// @param minCorrelation           smallest that still counts as alike; NaN as correlation passes
-/// @par Errors  as mergeDomains()
+/// @return never an error
 VEX_EXPORT Result<bool> plotSame(const PlotBase &a, const PlotBase &b, double ignoredTolerance,
     double maxRelativeAreaOfError, double minCorrelation);
 
@@ -111,7 +111,7 @@ struct SignalVerdict
 /// @param a, b                    points in ascending x
 /// @param maxRelativeAreaOfError  as plotSame()
 /// @param minCorrelation          as plotSame()
-/// @par Errors  those of plotSame(), where it fails
+/// @return never an error
 VEX_EXPORT Result<SignalVerdict> compareSignals(
     const PlotBase &a, const PlotBase &b, double maxRelativeAreaOfError, double minCorrelation);
 

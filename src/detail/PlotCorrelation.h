@@ -4,17 +4,13 @@
 
 #include <QList>
 
-namespace vex::detail {
+namespace vex::PlotUtilities {
 
 /// Pearson's correlation of two lists; 0 for empty ones, and where one of them is flat: when the
 /// sum of its squared deviations is at most 1e-12.
 ///
 /// Sums run in the order of the lists.
 /// @par Errors  InvalidInput for lists of different size
-Result<double> correlationOf(const QList<double> &x, const QList<double> &y);
+Result<double> pearsonsCorrelation(const QList<double> &x, const QList<double> &y);
 
-/// The same for @p count values each, whose sums are known.
-double correlationAround(
-    const double *x, const double *y, qsizetype count, double sumX, double sumY);
-
-} // namespace vex::detail
+} // namespace vex::PlotUtilities

@@ -45,10 +45,44 @@ public:
     /// @param outside        0, zero outside; no other is known
     double evaluate(double x, int interpolation, int outside) const;
 
+    /// Gives the values of two signals, those of evaluate(x, 1, 0), at many positions in ascending
+    /// order: it goes along the samples instead of searching for each position.
+    ///
+    /// Both signals ascend, outlive the cursor and stay as they are.
+    class VEX_COMMON_STABLE_EXPORT PairCursor
+    {
+    public:
+        /// Stands before the first samples.
+        PairCursor(const PlotBase &a, const PlotBase &b);
+
+        /// Writes the values at @p x.
+        ///
+        /// @param x      ascending, none below an earlier one of this cursor, none NaN
+        /// @param ya,yb  replaced, of the first and of the second signal
+        /// @param count  number of positions
+        void evaluate(const double *x, double *ya, double *yb, qsizetype count);
+
+    private:
+        struct Place
+        {
+            explicit Place(const QList<QPointF> &points);
+            template <typename Line>
+            double goTo(double x, Line line);
+
+            const QPointF *next; // the first sample that is not below the last position
+            const QPointF *begin;
+            const QPointF *end;
+        };
+
+        Place m_a;
+        Place m_b;
+    };
+
     /// The integral of the signal from @p start to @p end, in units of x times units of y; 0 for an
     /// empty or inverted range.
     ///
-    /// Pieces are added in ascending x.
+    /// Pieces are added in ascending x. Infinite where the area of a piece, or a sum on the way, is
+    /// beyond the range of double.
     /// @param start, end      units of x
     /// @param convertsUnits   not used: there are no units to convert
     /// @param method          Trapezoid
