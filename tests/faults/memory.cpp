@@ -1,0 +1,83 @@
+// Compares signals with less and less memory left: each call answers or throws std::bad_alloc, and
+// whatever it throws, it does not end the process.
+
+#include <vex/PlotUtilities.h>
+
+#include <cstdio>
+#include <functional>
+#include <new>
+#include <tuple>
+#include <utility>
+
+#include <malloc.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace {
+
+/// Bytes of addresses that the process takes.
+rlim_t taken()
+{
+    long pages = 0;
+    std::FILE *file = std::fopen("/proc/self/statm", "r");
+    const bool isRead = file && std::fscanf(file, "%ld", &pages) == 1;
+    if (file)
+        std::fclose(file);
+    return isRead ? rlim_t(pages) * rlim_t(sysconf(_SC_PAGESIZE)) : 0;
+}
+
+void allow(rlim_t bytes)
+{
+    rlimit limit{};
+    getrlimit(RLIMIT_AS, &limit);
+    limit.rlim_cur = bytes;
+    setrlimit(RLIMIT_AS, &limit);
+}
+
+} // namespace
+
+int main()
+{
+    using namespace vex::PlotUtilities;
+    mallopt(M_MMAP_THRESHOLD, 65536); // what is freed is given back
+    vex::PlotBase a;
+    vex::PlotBase descending;
+    for (int i = 0; i < 20000; ++i) {
+        a.points().append({0.25 * i, -1.0 - i % 7});
+        descending.points().append({-0.75 * i, 1.0});
+    }
+    QList<double> values(20000, 0.5);
+    const std::pair<const char *, std::function<void()>> calls[] = {
+        {"abs", [&] { std::ignore = abs(a); }},
+        {"guessSamplingInterval", [&] { std::ignore = guessSamplingInterval(a); }},
+        {"mergeDomains", [&] { std::ignore = mergeDomains(a, a, 0.0); }},
+        {"mergeDomains of what descends", [&] { std::ignore = mergeDomains(a, descending, 0.0); }},
+        {"subtract", [&] { std::ignore = subtract(a, a, 0.0); }},
+        {"relativeAreaOfError", [&] { std::ignore = relativeAreaOfError(a, a, 0.0); }},
+        {"pearsonsCorrelation", [&] { std::ignore = pearsonsCorrelation(a, a); }},
+        {"compareSignals", [&] { std::ignore = compareSignals(a, descending, 1.0, 0.0); }},
+        {"removeCloseValues of a shared list",
+            [&] {
+                QList<double> shared = values;
+                std::ignore = removeCloseValues(&shared, 1.0);
+            }},
+    };
+    bool isGood = true;
+    for (const auto &[name, call] : calls) {
+        int answers = 0;
+        int refusals = 0;
+        for (rlim_t room = 0; room < 3000000; room += 20000) {
+            allow(taken() + room);
+            try {
+                call();
+                ++answers;
+            } catch (const std::bad_alloc &) {
+                ++refusals;
+            }
+            allow(RLIM_INFINITY);
+        }
+        std::printf("%s: %d answers, %d without memory\n", name, answers, refusals);
+        isGood = isGood && answers > 0 && refusals > 0;
+    }
+    return isGood ? 0 : 1;
+}
