@@ -3,10 +3,16 @@ include(CMakePackageConfigHelpers)
 
 set(vex_targets vex)
 set(VEX_PC_REQUIRES "Qt6Core")
-set(VEX_PC_COMPANION_LIBS "")
 if(VEX_COMPANIONS STREQUAL standin)
     list(APPEND vex_targets vex_common_stable vex_common_core_mini)
-    set(VEX_PC_COMPANION_LIBS "-lvex_common_stable")
+    set(VEX_PC_COMPANION_LIBS -lvex_common_stable)
+else() # callers use the headers of the first, too; the second is found through the library
+    set(VEX_PC_COMPANION_LIBS $<TARGET_LINKER_FILE:vex::common_stable>)
+    get_target_property(folders vex::common_stable INTERFACE_INCLUDE_DIRECTORIES)
+    if(folders)
+        list(JOIN folders " -I" folders)
+        set(VEX_PC_COMPANION_CFLAGS "-I${folders}")
+    endif()
 endif()
 
 file(RELATIVE_PATH vex_rpath
@@ -33,6 +39,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vexConfig.cmake
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vex)
 
 file(RELATIVE_PATH VEX_PC_PREFIX /${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig /${CMAKE_INSTALL_PREFIX})
-configure_file(cmake/vex.pc.in vex.pc @ONLY)
+configure_file(cmake/vex.pc.in vex.pc.in @ONLY)
+file(GENERATE OUTPUT vex.pc INPUT ${CMAKE_CURRENT_BINARY_DIR}/vex.pc.in)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vex.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
