@@ -480,6 +480,10 @@ void writeFewPoints(Rows *rows)
         {"NaN beside intensity", signalOf({{0, 0}, {1, 5}, {1.5, kNaN}, {2, 0}}), plain},
         {"infinity among y", triangle(kInfinity), plain},
         {"infinity against itself", triangle(kInfinity), triangle(kInfinity)},
+        {"1e160 and twice as high", triangle(1e160), triangle(2e160)},
+        {"1e308 upside down", triangle(1e308), triangle(-1e308)},
+        {"1e308 and half, 20 wide", signalOf({{0, 0}, {10, 1e308}, {20, 0}}),
+            signalOf({{0, 0}, {10, 5e307}, {20, 0}})},
         {"NaN among x", signalOf({{0, 0}, {kNaN, 5}, {2, 0}}), plain},
     };
     for (const auto &[name, a, b] : oddPairs) {
