@@ -23,8 +23,10 @@ private Q_SLOTS:
             {{0x1p600, 0x1p600 + 0x1p560}, {-5e-3, -1e-3}, 1.0}, // nearly flat for its size
             {{-1.5e308, 0, 1.5e308}, {1.5e308, 0, -1.5e308}, -1.0},
         };
-        for (const auto &[x, y, expected] : table)
+        for (const auto &[x, y, expected] : table) {
             QCOMPARE(PlotUtilities::pearsonsCorrelation(x, y).value(), expected);
+            QCOMPARE(PlotUtilities::pearsonsCorrelation(y, x).value(), expected);
+        }
     }
 
     void sizesDiffer()
