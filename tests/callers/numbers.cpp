@@ -143,7 +143,7 @@ int main()
     averagine.setMolecularFormula({{Formula::C, 4.9384}, {Formula::H, 7.7583}, {Formula::N, 1.3577},
         {Formula::O, 1.4773}, {Formula::S, 0.0417}});
     askModel<vex::AveragineIsotopeModel>({"model", "c75dbd492024b07c"}, averagine);
-    askModel<vex::AveragineIsotopeModelRefactored>({"list model", "b9d32ce126d1dfd7"}, averagine);
+    askModel<vex::AveragineIsotopeModelRefactored>({"list model", "e4206889240b34d1"}, averagine);
     askMasses({"masses", "e4ddce11591bc09d"}, averagine);
     askSignals({"signals", "6400e11430825b6e"});
     return failures == 0 ? 0 : 1;
