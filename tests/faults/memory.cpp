@@ -4,6 +4,7 @@
 #include <vex/PlotUtilities.h>
 
 #include <cstdio>
+#include <fstream>
 #include <functional>
 #include <new>
 #include <tuple>
@@ -15,22 +16,14 @@
 
 namespace {
 
-/// Bytes of addresses that the process takes.
-rlim_t taken()
+/// Lets the process take @p room more bytes of addresses than it has.
+void allow(rlim_t room)
 {
     long pages = 0;
-    std::FILE *file = std::fopen("/proc/self/statm", "r");
-    const bool isRead = file && std::fscanf(file, "%ld", &pages) == 1;
-    if (file)
-        std::fclose(file);
-    return isRead ? rlim_t(pages) * rlim_t(sysconf(_SC_PAGESIZE)) : 0;
-}
-
-void allow(rlim_t bytes)
-{
+    std::ifstream("/proc/self/statm") >> pages;
     rlimit limit{};
     getrlimit(RLIMIT_AS, &limit);
-    limit.rlim_cur = bytes;
+    limit.rlim_cur = rlim_t(pages) * rlim_t(sysconf(_SC_PAGESIZE)) + room;
     setrlimit(RLIMIT_AS, &limit);
 }
 
@@ -67,14 +60,14 @@ int main()
         int answers = 0;
         int refusals = 0;
         for (rlim_t room = 0; room < 3000000; room += 20000) {
-            allow(taken() + room);
+            allow(room);
             try {
                 call();
                 ++answers;
             } catch (const std::bad_alloc &) {
                 ++refusals;
             }
-            allow(RLIM_INFINITY);
+            allow(rlim_t{1} << 40);
         }
         std::printf("%s: %d answers, %d without memory\n", name, answers, refusals);
         isGood = isGood && answers > 0 && refusals > 0;

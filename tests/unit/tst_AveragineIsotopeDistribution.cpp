@@ -9,10 +9,8 @@
 #include <vex/AveragineIsotopeDistribution.h>
 #include <vex/IsotopeWorkspace.h>
 
-#include <array>
 #include <limits>
 #include <stdexcept>
-#include <thread>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -142,20 +140,6 @@ private Q_SLOTS:
             u"massspacing_100__avgDist_1000__interTrim_0.0001__finalTrim_0.001"_s);
         QCOMPARE(withGrid(1e9 / 3.0, 1e-7).toStringDevFriendly(),
             u"massspacing_1e-07__avgDist_3.33333e+08__interTrim_0.0001__finalTrim_0.001"_s);
-    }
-
-    void threadsShareOneTable()
-    {
-        const AveragineIsotopeDistribution table;
-        const double alone = table.isotopeFractionInterpolated(54321.0, 33);
-        std::array<double, 4> answers{};
-        std::vector<std::thread> threads;
-        for (double &answer : answers)
-            threads.emplace_back([&] { answer = table.isotopeFractionInterpolated(54321.0, 33); });
-        for (std::thread &thread : threads)
-            thread.join();
-        for (const double answer : answers)
-            QCOMPARE(answer, alone);
     }
 
     void workspaceSets()
