@@ -62,7 +62,7 @@ QString linkToFolderIn(const QString &folder)
     QStringList folders{folder};
     QSet<QString> entered; // not every link can be told from a folder
     while (!folders.isEmpty()) {
-        const QString next = folders.takeLast();
+        QString next = folders.takeLast();
         if (isLinkToFolder(next))
             return next;
         const qsizetype before = entered.size();
