@@ -23,15 +23,13 @@ private Q_SLOTS:
         for (const FileTypes::Type &type : values)
             all += type.name() + u'=' + type.data().suffixes.join(u'+');
         // First and last ones, and those whose place decides who wins.
-        QCOMPARE(all.first(4),
-            (QStringList{u"Invalid="_s, u"JPG=jpg+jpeg"_s, u"PDF=pdf"_s, u"PNG=png"_s}));
-        QCOMPARE(all.sliced(18, 5),
-            (QStringList{u"REPORT_MODULE_RPTC_BACKWARD=rptc+lvcfg"_s,
-                u"REPORT_MODULE_TABC_BACKWARD=tabc+pvtcfg"_s,
-                u"REPORT_MODULE_LOAD_EXTENSIONS=rptc+tabc+lvcfg+pvtcfg"_s,
-                u"REPORT_MODULE_RPTC=rptc"_s, u"REPORT_MODULE_TABC=tabc"_s}));
-        QCOMPARE(all.last(3),
-            (QStringList{u"TEMPLATEEDITORSCRIPT=tes"_s, u"THERMO_CSV=bpf"_s, u"TSV=tsv"_s}));
+        all.remove(23, 20);
+        all.remove(4, 14);
+        QCOMPARE(all.join(u' '),
+            u"Invalid= JPG=jpg+jpeg PDF=pdf PNG=png REPORT_MODULE_RPTC_BACKWARD=rptc+lvcfg "
+            "REPORT_MODULE_TABC_BACKWARD=tabc+pvtcfg "
+            "REPORT_MODULE_LOAD_EXTENSIONS=rptc+tabc+lvcfg+pvtcfg REPORT_MODULE_RPTC=rptc "
+            "REPORT_MODULE_TABC=tabc TEMPLATEEDITORSCRIPT=tes THERMO_CSV=bpf TSV=tsv"_s);
     }
 
     void lookups()
@@ -39,11 +37,8 @@ private Q_SLOTS:
         for (const auto &[name, type] : {std::pair(u"CSV"_s, "CSV"), {u"csv"_s, "Invalid"},
                  {u""_s, "Invalid"}, {u"FASTA"_s, "FASTA"}, {u"CSVX"_s, "Invalid"}})
             QCOMPARE(FileTypes::stringToType(name).name(), QLatin1StringView(type));
-        for (const auto &[suffix, type] :
-            {std::pair(u"JPEG"_s, "JPG"), {u"htm"_s, "HTML"}, {u"tabc"_s, "REPORT_MODULE_TABC"},
-                {u"rptc"_s, "REPORT_MODULE_RPTC"}, {u"lvcfg"_s, "REPORT_MODULE_RPTC_BACKWARD"},
-                {u"pvtcfg"_s, "REPORT_MODULE_TABC_BACKWARD"}, {u"p3Djs"_s, "Invalid"},
-                {u"*"_s, "ALLFILES"}, {u""_s, "Invalid"}, {u"xyz"_s, "Invalid"}})
+        for (const auto &[suffix, type] : {std::pair(u"JPEG"_s, "JPG"), {u"htm"_s, "HTML"},
+                 {u"p3Djs"_s, "Invalid"}, {u"*"_s, "ALLFILES"}, {u""_s, "Invalid"}})
             QCOMPARE(FileTypes::suffixToType(suffix).name(), QLatin1StringView(type));
         for (const auto &[file, type] : {std::pair(u"C:/data/run.Mgf"_s, "MGF"),
                  {u"archive.tar.zip"_s, "ZIP"}, {u"noext"_s, "Invalid"}, {u".csv"_s, "CSV"}})
@@ -62,9 +57,8 @@ private Q_SLOTS:
                 file += pieces[random.bounded(int(pieces.size()))];
             QVERIFY2(FileTypes::fileToType(file) == plain::fileToType(file), qPrintable(file));
         }
-        const QString longName(40000, u'x');
-        QVERIFY(
-            FileTypes::fileToType(longName + ".csv"_L1) == plain::fileToType(longName + ".csv"_L1));
+        const QString longName = QString(40000, u'x') + ".csv"_L1;
+        QVERIFY(FileTypes::fileToType(longName) == plain::fileToType(longName));
     }
 
     void tableTellsWhoWins()
@@ -76,15 +70,14 @@ private Q_SLOTS:
             if (entry.types.size() > 1)
                 clashes +=
                     entry.suffix + u':' + QString::number(entry.types.size()) + u' ' + entry.winner;
-            const QString file = u"x."_s + entry.suffix;
             if (!entry.isMatchable)
                 unmatchable += entry.suffix;
             else
-                QCOMPARE(FileTypes::fileToType(file).name(), entry.winner);
+                QCOMPARE(FileTypes::fileToType(u"x."_s + entry.suffix).name(), entry.winner);
         }
-        QCOMPARE(clashes,
-            (QStringList{u"rptc:3 REPORT_MODULE_RPTC"_s, u"lvcfg:2 REPORT_MODULE_RPTC_BACKWARD"_s,
-                u"tabc:3 REPORT_MODULE_TABC"_s, u"pvtcfg:2 REPORT_MODULE_TABC_BACKWARD"_s}));
+        QCOMPARE(clashes.join(u", "_s),
+            u"rptc:3 REPORT_MODULE_RPTC, lvcfg:2 REPORT_MODULE_RPTC_BACKWARD, "
+            "tabc:3 REPORT_MODULE_TABC, pvtcfg:2 REPORT_MODULE_TABC_BACKWARD"_s);
         QCOMPARE(unmatchable, QStringList{u"p3Djs"_s});
     }
 

@@ -6,7 +6,6 @@
 #include <QRandomGenerator>
 #include <QTest>
 
-#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <stdexcept>
@@ -21,26 +20,23 @@ using Finding = FormulaParser::Finding;
 using AtomCounts = QHash<MolecularFormula::AtomType, double>;
 
 const QStringList kSymbols{u"C"_s, u"H"_s, u"O"_s, u"N"_s, u"S"_s, u"P"_s, u"Na"_s};
-const QString kNoNumber = u"invalid_argument: invalid stod argument"_s;
-const QString kOutOfRange = u"out_of_range: stod argument out of range"_s;
+const QString kNoNumber = u"invalid stod argument"_s;
+const QString kOutOfRange = u"stod argument out of range"_s;
 
-/// "C=6 H=12" of what @p parse returns, equal for equal symbols and bits of the counts; or type and
+/// "C=6 H=12" of what @p parse returns, equal for equal symbols and bits of the counts; or the
 /// text of the exception that leaves it.
 template <typename Parse>
 QString outcomeOf(Parse parse)
 {
     QStringList entries;
     try {
-        const QMap<QString, double> counts = parse();
-        for (auto entry = counts.cbegin(); entry != counts.cend(); ++entry) {
-            const QString number =
-                QString::number(std::fabs(*entry), 'g', QLocale::FloatingPointShortest);
-            entries.append(entry.key() + (std::signbit(*entry) ? u"=-"_s : u"="_s) + number);
+        for (const auto &[symbol, count] : parse().asKeyValueRange()) {
+            const auto number =
+                QString::number(std::fabs(count), 'g', QLocale::FloatingPointShortest);
+            entries.append(symbol + (std::signbit(count) ? u"=-"_s : u"="_s) + number);
         }
-    } catch (const std::invalid_argument &exception) {
-        return u"invalid_argument: "_s + QString::fromUtf8(exception.what());
-    } catch (const std::out_of_range &exception) {
-        return u"out_of_range: "_s + QString::fromUtf8(exception.what());
+    } catch (const std::logic_error &exception) {
+        return QString::fromUtf8(exception.what());
     }
     return entries.join(u' ');
 }
@@ -56,22 +52,19 @@ QString flawOfCheck(const QString &formula, const QString &outcome)
                                                  : u"nothing"_s;
         return result.error().message().contains(why) ? QString() : u"fails, not for: "_s + why;
     }
-    const FormulaParser::Check check = result.value();
-    if (const QString found = outcomeOf([&] { return check.counts; }); found != outcome)
+    if (const auto found = outcomeOf([&] { return result.value().counts; }); found != outcome)
         return u"counts: "_s + found;
     qsizetype last = 0;
     qsizetype kept = formula.size();
-    for (const Finding &finding : check.findings) {
+    for (const Finding &finding : result.value().findings) {
         if (finding.position < last || formula[finding.position] != finding.text.front())
             return finding.message;
         last = finding.position;
         kept -= finding.kind == Finding::CharacterDropped || finding.kind == Finding::DigitsJoined;
     }
-    const auto isKept = [](QChar c) {
-        return c.isLetter() || c.isDigit() || c == u'+' || c == u'-';
-    };
-    const bool all = kept == std::count_if(formula.cbegin(), formula.cend(), isKept);
-    return all ? QString() : u"not all that is dropped"_s;
+    for (const QChar c : formula)
+        kept -= c.isLetter() || c.isDigit() || c == u'+' || c == u'-';
+    return kept == 0 ? QString() : u"not all that is dropped"_s;
 }
 
 /// What differs from the written-out grammar; the list is filled from the same counts as the hash.
@@ -84,16 +77,16 @@ QString flawOf(const QString &formula)
     const QString seven = outcomeOf([&] {
         const QMap<QString, double> all = plain::parseChemicalFormula(formula);
         QMap<QString, double> counts;
-        for (const QString &symbol : kSymbols)
+        for (const QString &symbol : all.isEmpty() ? QStringList() : kSymbols)
             counts.insert(symbol, all.value(symbol, 0.0));
-        return all.isEmpty() ? all : counts;
+        return counts;
     });
     const QString viaHash = outcomeOf([&] {
         AtomCounts hash;
         std::ignore = FormulaParser::molecularFormulaHashFromString(formula, &hash);
         QMap<QString, double> counts;
-        for (auto count = hash.cbegin(); count != hash.cend(); ++count)
-            counts.insert(kSymbols[count.key()], *count);
+        for (const auto &[type, count] : hash.asKeyValueRange())
+            counts.insert(kSymbols[type], count);
         return counts;
     });
     if (!errnoIsKept || parsed != outcome || viaHash != seven)
@@ -121,9 +114,7 @@ private Q_SLOTS:
             {u"C-1H+2O-0N2-3"_s, u"C=-1 H=2 N=2 O=-0"_s}, {u"C1e3H2e-1"_s, u"C=1000 H=0.2"_s},
             {u"C1E3"_s, u"C=1 E=3"_s}, {u"C0x1fH0xaep1"_s, u"C=31 H=348"_s},
             {u"C-infH+nanOinf"_s, u"C=-inf H=nan Oinf=1"_s},
-            {u"C999999999999999"_s, u"C=999999999999999"_s},
             {u"C9007199254740993"_s, u"C=9007199254740992"_s}, // rounded
-            {u"C12345678901234567890"_s, u"C=12345678901234567000"_s},
             // letters and digits that are not ASCII, surrogates in pairs and alone, NUL
             {u"ÉéΩǅ2C"_s, u"C=1 Éé=1 Ωǅ=2"_s}, {u"C2\u0663"_s, u"C=2"_s}, {u"C\u0663"_s, kNoNumber},
             {u"C\U0001D49E2\U0001D7D9"_s, u"C=2"_s}, {u"C\0\xD835"_s + u"3"_s, u"C=3"_s},
@@ -131,8 +122,9 @@ private Q_SLOTS:
             {u"H2C-"_s, kNoNumber}, {u"C1e999"_s, kOutOfRange}, {u"C1e-999"_s, kOutOfRange},
             {u"H2Xy-"_s, kNoNumber}, {u"C1e999H-"_s, kOutOfRange}};
         for (const auto &[formula, outcome] : table) {
-            const auto &text = formula;
-            QCOMPARE(outcomeOf([&] { return FormulaParser::parseChemicalFormula(text); }), outcome);
+            QCOMPARE(
+                outcomeOf([&text = formula] { return FormulaParser::parseChemicalFormula(text); }),
+                outcome);
             QCOMPARE(flawOf(formula), QString());
         }
     }
@@ -159,15 +151,16 @@ private Q_SLOTS:
         AtomCounts hash{{C, 5.0}, {S, 4.0}, {Reserved, 3.0}};
         QList<double> list{9.0};
 
-        ErrorReport noHash{GeneralFailure, {}, {u"src/algo/ErrorUtils:82"_s}};
-        ErrorReport noList = noHash;
-        noHash.trace.append(u"src/algo/AveragineIsotopeModel:454"_s);
-        noList.trace.append(u"src/algo/AveragineIsotopeModel:423"_s);
+        const QString inner = u"src/algo/ErrorUtils:82"_s;
         for (const QString &text : {u""_s, u"123"_s, u"é(c)"_s}) {
             Error error = FormulaParser::molecularFormulaHashFromString(text, &hash);
-            QCOMPARE(test::reportOf(error), noHash);
+            QCOMPARE(test::reportOf(error),
+                (ErrorReport{
+                    GeneralFailure, {}, {inner, u"src/algo/AveragineIsotopeModel:454"_s}}));
             error = FormulaParser::molecularFormulaParser(text, &list);
-            QCOMPARE(test::reportOf(error), noList);
+            QCOMPARE(test::reportOf(error),
+                (ErrorReport{
+                    GeneralFailure, {}, {inner, u"src/algo/AveragineIsotopeModel:423"_s}}));
         }
         QVERIFY_THROWS_EXCEPTION(std::invalid_argument,
             std::ignore = FormulaParser::molecularFormulaParser(u"H2C-"_s, &list));
@@ -193,9 +186,9 @@ private Q_SLOTS:
             {u"[1 0, 2]", untouched}, {u"[\u0661,\u0662]", untouched}};
         for (const auto &[text, numbers] : expected) {
             QPointF range = untouched;
-            const QString formula = text.toString();
-            QVERIFY(!FormulaParser::rangeParser(formula, &range.rx(), &range.ry()).hasError());
-            QVERIFY2(range == numbers, qPrintable(formula));
+            const auto error =
+                FormulaParser::rangeParser(text.toString(), &range.rx(), &range.ry());
+            QVERIFY2(!error.hasError() && range == numbers, qPrintable(text.toString()));
         }
     }
 
@@ -226,13 +219,13 @@ LONG | the formula text 'CUT' holds no element symbol | 'CUT' at character 1 sta
                     (ErrorReport{
                         GeneralFailure, found[0], {u"src/algo/AveragineIsotopeModel:456"_s}}));
                 QCOMPARE(result.error().warnings(), result.warnings());
-            } else {
+            }
+            const FormulaParser::Check check = result.valueOr({});
+            for (const Finding &finding : check.findings) {
                 const char *const phrases[] = {
                     "dropped", "run together", "before the first", "no part", "none of"};
-                for (const Finding &finding : result.value().findings) {
-                    found.append(finding.message);
-                    QVERIFY(finding.message.contains(QLatin1StringView(phrases[finding.kind])));
-                }
+                found.append(finding.message);
+                QVERIFY(finding.message.contains(QLatin1StringView(phrases[finding.kind])));
             }
             QCOMPARE(found + result.warnings(), cells.sliced(1));
         }
