@@ -172,10 +172,9 @@ private Q_SLOTS:
 #if defined(_MSC_VER)
         QSKIP("A pointer to a virtual function does not tell its place with this compiler.");
 #else
-        using E = Exposed;
-        const QList<quintptr> places{slotOf(&E::addWarningInternal),
-            slotOf(&E::addWarningsInternal), slotOf(&E::clearWarningsInternal),
-            slotOf(&E::resetWarningInternal), slotOf(&E::resetWarningsInternal)};
+        const QList<quintptr> places{slotOf(&Exposed::addWarningInternal),
+            slotOf(&Exposed::addWarningsInternal), slotOf(&Exposed::clearWarningsInternal),
+            slotOf(&Exposed::resetWarningInternal), slotOf(&Exposed::resetWarningsInternal)};
         QCOMPARE(places, (QList<quintptr>{2, 3, 4, 5, 6})); // two are the destructor's
 #endif
     }
