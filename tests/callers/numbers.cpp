@@ -115,7 +115,7 @@ int main()
         ofTable(accurate, 1.13).are("accurate table", "b33e04012c20483f"),
         ofModel<vex::AveragineIsotopeModel>(averagine).are("model", "399a6ac806f0b034"),
         ofModel<vex::AveragineIsotopeModelRefactored>(averagine).are(
-            "list model", "e8e150f35cce5bd1"),
+            "list model", "bddf158da3b1ace9"),
         ofSignals().are("signals", "16354be19463fda9")};
     return std::find(std::begin(areSame), std::end(areSame), false) == std::end(areSame) ? 0 : 1;
 }

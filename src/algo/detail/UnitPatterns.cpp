@@ -17,15 +17,16 @@ namespace {
 
 using Shares = std::vector<double>;
 
-// What the patterns that are kept may lack at their ends: far below what 1e-12 would show, even
-// after thousands of convolutions.
-constexpr double kNegligible = 1e-25;
+// What a pattern may lack at its end: of what is answered, and of what is still to be raised to a
+// power, where 1e-20 would show as 5e-11.
+constexpr double kNegligible = 1e-20;
+constexpr double kNegligibleInPowers = 1e-25;
 constexpr double kMostLost = 0.99; // of the last of the thousands that are kept
 constexpr std::size_t kMostThousands = 64;
 
-/// The first @p capacity entries of the convolution of @p a and @p b, without what is negligible at
-/// the end. Both hold shares: no entry is negative.
-Shares product(const Shares &a, const Shares &b, std::size_t capacity)
+/// The first @p capacity entries of the convolution of @p a and @p b, without those at the end that
+/// are below @p negligible. Both hold shares: no entry is negative.
+Shares product(const Shares &a, const Shares &b, std::size_t capacity, double negligible)
 {
     const Shares &taps = a.size() < b.size() ? a : b;
     const Shares &values = a.size() < b.size() ? b : a;
@@ -40,7 +41,7 @@ Shares product(const Shares &a, const Shares &b, std::size_t capacity)
     Shares result(blocks);
     activeKernel()(taps.data(), static_cast<int>(std::min(taps.size(), size)), start, result.data(),
         static_cast<int>(blocks));
-    result.resize(trimmedSize(result.data(), size, kNegligible));
+    result.resize(trimmedSize(result.data(), size, negligible));
     return result;
 }
 
@@ -53,11 +54,12 @@ double sumOf(const double *begin, const double *end)
 /// to the same power.
 CutPattern exactProduct(const CutPattern &a, const CutPattern &b, std::size_t capacity)
 {
-    Shares shares = product(a.shares, b.shares, a.shares.size() + b.shares.size());
+    Shares shares =
+        product(a.shares, b.shares, a.shares.size() + b.shares.size(), kNegligibleInPowers);
     const std::size_t kept = std::min(shares.size(), capacity);
     const double beyond = sumOf(shares.data() + kept, shares.data() + shares.size());
     CutPattern result{std::move(shares), a.lost + b.lost - a.lost * b.lost + beyond};
-    result.shares.resize(trimmedSize(result.shares.data(), kept, kNegligible));
+    result.shares.resize(trimmedSize(result.shares.data(), kept, kNegligibleInPowers));
     if (result.lost > 0.5) // not known well enough, and there is not much left to raise
         return result;
     const double factor = (1.0 - result.lost)
@@ -81,7 +83,7 @@ Shares power(CutPattern base, double exponent, std::size_t capacity)
         if (squared.shares.empty())
             return {};
         if (squared.shares == base.shares) // the single peak 1.0, which no power changes
-            return product(result.shares, base.shares, capacity);
+            return exactProduct(result, base, capacity).shares;
         base = std::move(squared);
     }
 }
@@ -103,6 +105,12 @@ UnitPatterns::UnitPatterns(
             block.push_back(exactProduct(block.back(), block.front(), m_capacity));
         first = exactProduct(block.back(), block.front(), m_capacity); // of the next block
     }
+    m_thousand = m_blocks[3].front();
+    for (std::vector<CutPattern> &block : m_blocks) {
+        for (CutPattern &pattern : block)
+            pattern.shares.resize(
+                trimmedSize(pattern.shares.data(), pattern.shares.size(), kNegligible));
+    }
 }
 
 std::vector<double> UnitPatterns::sharesOf(double mass) const
@@ -116,7 +124,7 @@ std::vector<double> UnitPatterns::sharesOf(double mass) const
     // The short ones first: each product is cheap then.
     std::optional<Shares> shares;
     const auto multiply = [&](const Shares &factor) {
-        shares = shares ? product(*shares, factor, m_capacity) : factor;
+        shares = shares ? product(*shares, factor, m_capacity, kNegligible) : factor;
     };
     for (int block = 0; block < 3; ++block) {
         if (rest % 10 > 0)
@@ -125,7 +133,7 @@ std::vector<double> UnitPatterns::sharesOf(double mass) const
     }
     const std::vector<CutPattern> &kept = m_blocks[3];
     if (thousands > static_cast<double>(kept.size()))
-        multiply(power(kept.front(), thousands, m_capacity));
+        multiply(power(m_thousand, thousands, m_capacity));
     else if (thousands > 0.0)
         multiply(kept[static_cast<std::size_t>(thousands) - 1].shares);
     return *shares;

@@ -34,6 +34,7 @@ private:
     std::size_t m_capacity;
     // 1 to 9 units, 10 to 90, 100 to 900, and 1000, 2000 and so on.
     std::vector<CutPattern> m_blocks[4];
+    CutPattern m_thousand; // with an end fine enough for powers
 };
 
 } // namespace vex::detail
