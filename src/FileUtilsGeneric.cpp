@@ -1,9 +1,9 @@
 #include <vex/FileUtilsGeneric.h>
 
+#include "detail/Companions.h"
 #include "detail/FolderMove.h"
 #include "detail/LocalPath.h"
 #include "detail/NameCharacters.h"
-#include "detail/Companions.h"
 #include "detail/Place.h"
 #include "detail/TextRows.h"
 #include "detail/Trace.h"
@@ -129,9 +129,11 @@ constexpr qint64 kPiece = 1 << 16; // bytes that are read at once
 /// Opens @p file for reading; why that fails, or nothing.
 QString problemOfOpening(QFile *file)
 {
-    // Qt logs an empty name, and opens what stands in front of a NUL.
-    if (const QString name = file->fileName(); name.isEmpty() || name.contains(QChar::Null))
-        return FileUtilsGeneric::tr("This is no file name");
+    // Qt logs an empty name besides what it says, and opens what stands in front of a NUL.
+    if (file->fileName().isEmpty())
+        return u"No file name specified"_s;
+    if (file->fileName().contains(QChar::Null))
+        return FileUtilsGeneric::tr("The name holds a NUL");
     return file->open(QIODevice::ReadOnly) ? QString() : file->errorString();
 }
 

@@ -506,7 +506,9 @@ s | S/sub/new | Cannot create folder %1/S/sub/new | 414
                 {file, QByteArray("[\0]", 3), u"1 [\0]"_s, broken + u"column 2"_s, same},
                 {file, "ab\n\xff\n[\"", u"3 [\""_s, broken, same},
                 {file, QByteArray("\xff\xfe[\0]\0", 6), u"1 []"_s, broken, same},
-                {QString(), "", u"Unable to open file: : This is no"_s, notOpened.arg(QString()),
+                {QString(), "", u"Unable to open file: : No file name specified"_s,
+                    notOpened.arg(QString()), same},
+                {file + u"\0.b"_s, "", u": The name holds a NUL"_s, u": The name holds a NUL"_s,
                     same},
                 {folder, "", u"Unable to open file: %1: "_s.arg(folder),
                     notOpened.arg(QDir::toNativeSeparators(folder)), same}}) {
