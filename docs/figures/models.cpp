@@ -392,7 +392,8 @@ template <typename Make>
 double bytesOf(Make make)
 {
     const double before = heapBytes();
-    const auto object = std::make_unique<decltype(make())>(make());
+    using Object = decltype(make());
+    const std::unique_ptr<const Object> object(new Object(make())); // made there, not copied
     const double bytes = heapBytes() - before;
     g_sink = static_cast<double>(sizeof *object);
     return bytes;
@@ -504,7 +505,10 @@ void writeModelErrors(Rows *rows)
     const ListBased list = listModel(int(kExactPeaks));
     const ListBased lists[] = {listModel(100), listModel(200), list};
     const double merMass = list.merMass();
-    const Exact mer = withoutZerosAtTheEnd(patternOf(list, merMass));
+    Exact mer = withoutZerosAtTheEnd(patternOf(list, merMass));
+    const Real sum = std::accumulate(mer.begin(), mer.end(), Real(0)); // 1 but for rounding
+    for (Real &share : mer)
+        share /= sum;
     const std::vector<Exact> isotopes = isotopesOfModels();
     const double unitAtoms = std::accumulate(kAveragine.begin(), kAveragine.end(), 0.0);
     const auto atomsAt = [&](double mass) {

@@ -107,9 +107,10 @@ UnitPatterns::UnitPatterns(
     }
     m_thousand = m_blocks[3].front();
     for (std::vector<CutPattern> &block : m_blocks) {
-        for (CutPattern &pattern : block)
-            pattern.shares.resize(
-                trimmedSize(pattern.shares.data(), pattern.shares.size(), kNegligible));
+        for (auto &[shares, lost] : block) {
+            shares.resize(trimmedSize(shares.data(), shares.size(), kNegligible));
+            shares.shrink_to_fit();
+        }
     }
 }
 
