@@ -223,7 +223,7 @@ private Q_SLOTS:
     {
         const plain::AveragineModel oracle = oracleOf(kAveragine);
         const QList<double> masses{9e3, 6.6e4, 1.48e5, 1.8e5, 3e5};
-        for (int round = 0; round < 25; ++round) {
+        for (int round = 0; round < 1000; ++round) {
             const AveragineIsotopeModel model = modelOf(kAveragine);
             std::atomic<int> waiting = 4;
             std::atomic<int> failures = 0;
