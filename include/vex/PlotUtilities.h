@@ -14,8 +14,8 @@ namespace vex {
 /// Signals hold their points in ascending x. x is in minutes or m/z, the same unit in both signals;
 /// y and areas are in the units of the signals. Magnitudes up to 1e-12 count as 0, positions closer
 /// than 1e-6 as one. A signal that is not ascending gets the answer of the same steps, more slowly;
-/// checkSignal() finds it. Values between samples and areas are those of PlotBase. Where memory runs
-/// out, std::bad_alloc is thrown.
+/// checkSignal() finds it. Values between samples and areas are those of PlotBase. Where memory
+/// runs out, std::bad_alloc is thrown.
 namespace PlotUtilities {
 
 /// A signal with the magnitude of every y.
@@ -43,8 +43,8 @@ VEX_EXPORT Error removeCloseValues(QList<double> *values, double tolerance);
 ///
 /// @param a, b       points in ascending x
 /// @param tolerance  not used: positions closer than 1e-6 always count as one
-/// @return ascending positions; when a signal is empty, the other's x as they stand; never an error,
-///         for of two signals that need a sampling interval the longer one has two points at least
+/// @return ascending positions; when a signal is empty, the other's x as they stand. Never an
+///         error: of two signals that need a sampling interval the longer one has two points
 VEX_EXPORT Result<QList<double>> mergeDomains(
     const PlotBase &a, const PlotBase &b, double tolerance);
 

@@ -42,11 +42,13 @@ Error refused(detail::TraceSite site, const char *function, const QString &reaso
 QString readElements(const ElementsIsoMassAndAbundances &elements, int capacity,
     std::vector<detail::ListedElement> *result)
 {
+    const auto placeOf = [](int element, int isotope) {
+        return u"Element %1, isotope %2"_s.arg(QString::number(element), QString::number(isotope));
+    };
     constexpr int kTypes = MolecularFormula::kAtomTypeCount;
     if (elements.numberOfElements() > kTypes)
-        return u"The table holds %1 elements, there are %2 atom types."_s
-            .arg(elements.numberOfElements())
-            .arg(kTypes);
+        return u"The table holds %1 elements, there are %2 atom types."_s.arg(
+            QString::number(elements.numberOfElements()), QString::number(kTypes));
     result->resize(kTypes);
     for (int position = 0; position < elements.numberOfElements(); ++position) {
         QList<ElementsIsoMassAndAbundances::Isotope> isotopes;
@@ -57,13 +59,13 @@ QString readElements(const ElementsIsoMassAndAbundances &elements, int capacity,
                 position, i, &isotope.mass, &isotope.abundance);
             sum += isotope.abundance;
             if (!std::isfinite(sum) || isotope.abundance < 0.0)
-                return u"Element %1, isotope %2: the abundance is %3."_s.arg(position).arg(i).arg(
-                    isotope.abundance);
+                return u"%1: the abundance is %2."_s.arg(
+                    placeOf(position, i), QString::number(isotope.abundance));
             if (isotope.abundance == 0.0)
                 continue;
             if (!std::isfinite(isotope.mass) || !(isotope.mass > 0.0))
-                return u"Element %1, isotope %2: the mass is %3."_s.arg(position).arg(i).arg(
-                    isotope.mass);
+                return u"%1: the mass is %2."_s.arg(
+                    placeOf(position, i), QString::number(isotope.mass));
             isotopes.append(isotope);
         }
         if (isotopes.isEmpty())
