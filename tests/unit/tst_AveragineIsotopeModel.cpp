@@ -167,40 +167,6 @@ private Q_SLOTS:
         }
     }
 
-    void carbonIsBinomial()
-    {
-        constexpr double kHeavy = 0.0107;
-        const auto binomial = [](int n, int k) {
-            const double ways =
-                std::lgamma(n + 1.0) - std::lgamma(k + 1.0) - std::lgamma(n - k + 1.0);
-            return std::exp(ways + k * std::log(kHeavy) + (n - k) * std::log1p(-kHeavy));
-        };
-        // What a block of n atoms leaves out: the tail from the first entry below 1e-4.
-        const auto dropped = [&](int n) {
-            double tail = 1.0;
-            for (int k = 0; k <= n && binomial(n, k) >= 1e-4; ++k)
-                tail -= binomial(n, k);
-            return tail;
-        };
-        const AveragineIsotopeModel model = modelOf({1.0});
-        for (const int atoms : {1, 2, 9, 10, 37, 100, 314, 999}) {
-            const double mass = atoms * model.merMass();
-            const auto [best, pattern] = ask(model, mass);
-            QCOMPARE(best, static_cast<int>((atoms + 1) * kHeavy)); // the mode
-            double distance = 0.0;
-            for (int k = 0; k < AveragineIsotopeModel::kPeakCount; ++k)
-                distance += std::fabs(pattern[k] - (k <= atoms ? binomial(atoms, k) : 0.0));
-            // The block of 100 is made by nine convolutions that each leave out the tail of 10 and
-            // is scaled to 1, which counts what is missing twice; 1e-11 is for lgamma.
-            const double per100 = dropped(100) + 18.0 * dropped(10);
-            const double allowed = atoms / 100 * per100 + atoms / 10 % 10 * dropped(10) + 1e-11;
-            QVERIFY2(distance <= allowed, qPrintable(QString::number(distance)));
-        }
-        // The first peak of 1000 atoms is below 1e-4, so a block of them leaves nothing at all.
-        const Answer nothing{-1, QList<double>(AveragineIsotopeModel::kPeakCount)};
-        QVERIFY(ask(model, 1000.0 * model.merMass()) == nothing);
-    }
-
     void averageMassOfWeightlessMers()
     {
         // Mer mass and mass excess agree but for rounding, or both are next to nothing.

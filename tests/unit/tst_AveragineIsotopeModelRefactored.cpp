@@ -157,7 +157,10 @@ private Q_SLOTS:
             QVERIFY(std::fabs(list.merMass() - classic.merMass()) < 1e-12);
             for (const double mass : {0.0, -1.0, 3.0, 5808.3, 66430.0, kInf, kNaN}) {
                 const int expected = classic.peakIntensityRatiosFromMass(mass, &pattern).value();
-                QCOMPARE(list.peakIntensityRatiosFromMass(mass, &pattern).value(), expected);
+                QList<double> exact;
+                QCOMPARE(list.peakIntensityRatiosFromMass(mass, &exact).value(), expected);
+                for (int k = 0; k < 100; ++k) // what the classic one cuts
+                    QVERIFY(std::fabs(pattern[k] - exact[k]) < 6e-4);
                 if (!std::isfinite(mass))
                     continue;
                 const double bound = 1e-12 * (1.0 + std::fabs(mass));

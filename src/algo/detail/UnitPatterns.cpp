@@ -96,14 +96,16 @@ UnitPatterns::UnitPatterns(
     , m_lightestMass(lightestMass)
     , m_capacity(static_cast<std::size_t>(capacity))
 {
-    CutPattern first{std::move(unit), 0.0};
-    for (std::vector<CutPattern> &block : m_blocks) {
-        const bool isLast = &block == std::end(m_blocks) - 1;
-        block.push_back(first);
+    m_blocks[0].push_back({std::move(unit), 0.0});
+    for (int i = 0; i < 4; ++i) {
+        std::vector<CutPattern> &block = m_blocks[i];
+        if (i > 0)
+            block.push_back(
+                exactProduct(m_blocks[i - 1].back(), m_blocks[i - 1].front(), m_capacity));
+        const bool isLast = i == 3;
         while (block.size() < (isLast ? kMostThousands : 9)
             && !(isLast && block.back().lost > kMostLost))
             block.push_back(exactProduct(block.back(), block.front(), m_capacity));
-        first = exactProduct(block.back(), block.front(), m_capacity); // of the next block
     }
     m_thousand = m_blocks[3].front();
     for (std::vector<CutPattern> &block : m_blocks) {
