@@ -1,6 +1,6 @@
 #include "Background.h"
 
-#include "Progress.h"
+#include "output/Progress.h"
 
 #include <QThread>
 

@@ -1,8 +1,8 @@
-#include "CommandLine.h"
-#include "Commands.h"
+#include "commands/CommandLine.h"
+#include "commands/Commands.h"
 #include "Failure.h"
-#include "Plot.h"
-#include "Progress.h"
+#include "output/Plot.h"
+#include "output/Progress.h"
 #include "platform/Terminal.h"
 
 #include <vex/CommandLineKeys.h>

@@ -12,7 +12,7 @@
 #include <vex/Error.h>
 #include <vex/Result.h>
 
-#include "Averagine.h"
+#include "input/Averagine.h"
 
 namespace vexcli {
 

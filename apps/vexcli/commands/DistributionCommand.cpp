@@ -1,13 +1,13 @@
-#include "Commands.h"
+#include "commands/Commands.h"
 
 #include "Background.h"
-#include "CommandLine.h"
+#include "commands/CommandLine.h"
 #include "Failure.h"
-#include "Output.h"
-#include "PatternModel.h"
-#include "Plot.h"
-#include "Progress.h"
-#include "Table.h"
+#include "output/Output.h"
+#include "commands/PatternModel.h"
+#include "output/Plot.h"
+#include "output/Progress.h"
+#include "output/Table.h"
 
 #include <vex/AveragineIsotopeDistribution.h>
 

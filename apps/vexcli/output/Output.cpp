@@ -1,4 +1,4 @@
-#include "Output.h"
+#include "output/Output.h"
 
 #include "Failure.h"
 #include "platform/Files.h"

@@ -1,8 +1,8 @@
-#include "PatternModel.h"
+#include "commands/PatternModel.h"
 
-#include "CommandLine.h"
+#include "commands/CommandLine.h"
 #include "Failure.h"
-#include "Table.h"
+#include "output/Table.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
-#include "SignalFile.h"
+#include "input/SignalFile.h"
 
 #include "Background.h"
 #include "Failure.h"
-#include "NumberFile.h"
-#include "Progress.h"
+#include "input/NumberFile.h"
+#include "output/Progress.h"
 
 #include <QByteArrayView>
 #include <QFile>

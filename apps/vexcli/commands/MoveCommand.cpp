@@ -1,10 +1,10 @@
-#include "Commands.h"
+#include "commands/Commands.h"
 
-#include "CommandLine.h"
+#include "commands/CommandLine.h"
 #include "Failure.h"
-#include "Output.h"
-#include "Progress.h"
-#include "Table.h"
+#include "output/Output.h"
+#include "output/Progress.h"
+#include "output/Table.h"
 
 #include <vex/FileUtilsGeneric.h>
 

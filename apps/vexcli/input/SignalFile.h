@@ -5,7 +5,7 @@
 #include <vex/PlotBase.h>
 #include <vex/Result.h>
 
-#include "CommandLine.h"
+#include "commands/CommandLine.h"
 
 namespace vexcli {
 

@@ -1,6 +1,6 @@
-#include "Averagine.h"
+#include "input/Averagine.h"
 
-#include "CommandLine.h"
+#include "commands/CommandLine.h"
 #include "Failure.h"
 
 #include <vex/FormulaParser.h>

@@ -1,7 +1,7 @@
-#include "Fasta.h"
+#include "input/Fasta.h"
 
 #include "Failure.h"
-#include "Progress.h"
+#include "output/Progress.h"
 
 #include <vex/ResidueCompositions.h>
 

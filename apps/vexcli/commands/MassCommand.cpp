@@ -1,12 +1,12 @@
-#include "Commands.h"
+#include "commands/Commands.h"
 
-#include "Averagine.h"
-#include "CommandLine.h"
+#include "input/Averagine.h"
+#include "commands/CommandLine.h"
 #include "Failure.h"
-#include "NumberFile.h"
-#include "Output.h"
-#include "Progress.h"
-#include "Table.h"
+#include "input/NumberFile.h"
+#include "output/Output.h"
+#include "output/Progress.h"
+#include "output/Table.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,4 +1,4 @@
-#include "Table.h"
+#include "output/Table.h"
 
 #include <QLocale>
 

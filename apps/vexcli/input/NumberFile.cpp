@@ -1,8 +1,8 @@
-#include "NumberFile.h"
+#include "input/NumberFile.h"
 
-#include "CommandLine.h"
+#include "commands/CommandLine.h"
 #include "Failure.h"
-#include "Progress.h"
+#include "output/Progress.h"
 
 #include <QFile>
 

@@ -1,9 +1,9 @@
-#include "Commands.h"
+#include "commands/Commands.h"
 
-#include "CommandLine.h"
+#include "commands/CommandLine.h"
 #include "Failure.h"
-#include "Output.h"
-#include "Table.h"
+#include "output/Output.h"
+#include "output/Table.h"
 
 #include <vex/FileTypes.h>
 #include <vex/TraceFileTypes.h>

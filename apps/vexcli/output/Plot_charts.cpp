@@ -1,4 +1,4 @@
-#include "Plot.h"
+#include "output/Plot.h"
 
 #include "Failure.h"
 

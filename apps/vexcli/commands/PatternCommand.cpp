@@ -1,14 +1,14 @@
-#include "Commands.h"
+#include "commands/Commands.h"
 
-#include "CommandLine.h"
+#include "commands/CommandLine.h"
 #include "Failure.h"
-#include "Fasta.h"
-#include "NumberFile.h"
-#include "Output.h"
-#include "PatternModel.h"
-#include "Plot.h"
-#include "Progress.h"
-#include "Table.h"
+#include "input/Fasta.h"
+#include "input/NumberFile.h"
+#include "output/Output.h"
+#include "commands/PatternModel.h"
+#include "output/Plot.h"
+#include "output/Progress.h"
+#include "output/Table.h"
 
 #include <vex/FileUtilsGeneric.h>
 #include <vex/MolecularMass.h>

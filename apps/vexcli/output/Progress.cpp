@@ -1,4 +1,4 @@
-#include "Progress.h"
+#include "output/Progress.h"
 
 #include "platform/Terminal.h"
 

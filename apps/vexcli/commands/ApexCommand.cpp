@@ -1,11 +1,11 @@
-#include "Commands.h"
+#include "commands/Commands.h"
 
-#include "CommandLine.h"
+#include "commands/CommandLine.h"
 #include "Failure.h"
-#include "Output.h"
-#include "Plot.h"
-#include "SignalFile.h"
-#include "Table.h"
+#include "output/Output.h"
+#include "output/Plot.h"
+#include "input/SignalFile.h"
+#include "output/Table.h"
 
 #include <vex/ApexFinder.h>
 
