@@ -30,16 +30,22 @@ class VEX_EXPORT FormulaParser
 {
 public:
     /// Something in a formula text that its reading leaves out or cannot use.
+    ///
+    /// A dropped character matters when it parts what is then read as one thing. The blank of
+    /// "C6 H12" parts two elements: CharacterDropped. The bracket of "C(H3)2" makes 32 of 3 and 2:
+    /// DigitsJoined. CountChanged are the others: "OH 2H2O" gives the 2 to H, "C1 e5" is 100000,
+    /// "N a" is sodium, and "C₆" (a subscript) loses a number.
     struct Finding
     {
         /// What is the matter.
         enum Kind {
-            CharacterDropped, ///< neither letter nor digit nor sign
-            DigitsJoined, ///< dropped like that from between two digits, which make one number now
+            CharacterDropped, ///< neither letter nor digit nor sign; no count depends on it
+            DigitsJoined, ///< dropped from between two digits, which run together
             LostBeforeSymbol, ///< stands before the first upper-case letter
             CountTailIgnored, ///< behind the part of the count that is a number
             SymbolIgnored, ///< none of C, H, O, N, S, P, Na
             CountUnreadable, ///< the count is no number, or none that fits a double
+            CountChanged, ///< dropped from inside one element as it is read, or a number itself
         };
         Kind kind = CharacterDropped; ///< what is the matter
         qsizetype position = 0; ///< where @ref text starts, counted in UTF-16 units from 0
@@ -83,9 +89,8 @@ public:
     ///
     /// @return the counts and the findings
     /// @par Errors
-    /// GeneralFailure when the text holds no symbol or a count is unreadable; the
-    /// message
-    /// names each, the other findings stand in the result's warnings
+    /// GeneralFailure when the text holds no symbol or a count is unreadable; the message names
+    /// each, the other findings stand in the result's warnings
     static Result<Check> checkFormula(const QString &formula);
 };
 

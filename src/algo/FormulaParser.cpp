@@ -176,23 +176,38 @@ QString quotable(QStringView text)
     return text.size() <= kLongest ? text.toString() : text.first(kLongest).toString() + u'…';
 }
 
-/// The findings of one text. add() takes positions in the filtered text, findings hold full ones.
+/// What the dropping of characters did to the kept ones around them.
+enum class Gap {
+    Harmless,
+    InSymbol,
+    BeforeCount,
+    InCount,
+};
+
+/// The findings of one text. Callers count in the filtered text, findings in the full one.
 class Findings
 {
 public:
     explicit Findings(const QString &formula)
         : m_formula(formula)
     {
-        for (qsizetype i = 0, dropped = 0; i <= formula.size(); ++i) {
-            if (i < formula.size() && !isKept(formula[i])) {
-                ++dropped;
-                continue;
-            }
-            const bool joinsDigits = i < formula.size() && formula[i].isDigit()
-                && !m_positions.isEmpty() && formula[m_positions.last()].isDigit();
-            addDropped(i - dropped, i, joinsDigits);
-            dropped = 0;
-            m_positions.append(i);
+        for (qsizetype i = 0; i < formula.size(); ++i) {
+            if (isKept(formula[i]))
+                m_positions.append(i);
+        }
+        m_positions.append(formula.size());
+    }
+
+    /// Adds what was dropped in front of the kept characters up to @p to, those done before aside.
+    void addDropped(qsizetype to, Gap gap)
+    {
+        for (; m_done < to; ++m_done) {
+            const qsizetype from = m_done > 0 ? m_positions[m_done - 1] + 1 : 0;
+            const qsizetype next = m_positions[m_done];
+            const bool joinsDigits = from > 0 && next < m_formula.size()
+                && m_formula[from - 1].isDigit() && m_formula[next].isDigit();
+            for (qsizetype i = from; i < next;)
+                i += addDroppedAt(i, next, joinsDigits, gap);
         }
     }
 
@@ -213,26 +228,43 @@ public:
     }
 
 private:
-    void addDropped(qsizetype from, qsizetype to, bool joinsDigits)
+    /// The number of UTF-16 units of the character at @p at, 1 or 2.
+    qsizetype addDroppedAt(qsizetype at, qsizetype end, bool joinsDigits, Gap gap)
     {
         using Finding = FormulaParser::Finding;
-        for (qsizetype i = from; i < to; ++i) {
-            const QChar character = m_formula[i];
-            const bool isVisible =
-                character.isPrint() && (character == u' ' || !character.isSpace());
-            const QString shown = isVisible
-                ? u"'%1'"_s.arg(character)
-                : u"U+%1"_s.arg(uint(character.unicode()), 4, 16, QChar(u'0'));
-            QString message = u"%1 at character %2 is dropped"_s.arg(shown, QString::number(i + 1));
-            if (joinsDigits)
-                message += u", the digits around it run together"_s;
-            m_findings.append({joinsDigits ? Finding::DigitsJoined : Finding::CharacterDropped, i,
-                QString(character), message});
+        const bool isPair =
+            at + 1 < end && m_formula[at].isHighSurrogate() && m_formula[at + 1].isLowSurrogate();
+        const char32_t code = isPair ? QChar::surrogateToUcs4(m_formula[at], m_formula[at + 1])
+                                     : m_formula[at].unicode();
+        const QString text = m_formula.sliced(at, isPair ? 2 : 1);
+        const bool isVisible = QChar::isPrint(code) && (code == U' ' || !QChar::isSpace(code));
+        const QString shown =
+            isVisible ? u"'%1'"_s.arg(text) : u"U+%1"_s.arg(uint(code), 4, 16, QChar(u'0'));
+
+        Finding::Kind kind = Finding::CountChanged;
+        QString effect;
+        if (joinsDigits) {
+            kind = Finding::DigitsJoined;
+            effect = u", the digits around it run together"_s;
+        } else if (QChar::isNumber(code)) {
+            effect = u", so its number is lost"_s;
+        } else if (gap == Gap::InSymbol) {
+            effect = u", so the letters around it make one symbol"_s;
+        } else if (gap == Gap::BeforeCount) {
+            effect = u", so the number behind it counts for the symbol before it"_s;
+        } else if (gap == Gap::InCount) {
+            effect = u", so the characters around it make one number"_s;
+        } else {
+            kind = Finding::CharacterDropped;
         }
+        m_findings.append({kind, at, text,
+            u"%1 at character %2 is dropped%3"_s.arg(shown, QString::number(at + 1), effect)});
+        return text.size();
     }
 
     const QString &m_formula;
     QList<qsizetype> m_positions; // of each kept character in the full text, and its end
+    qsizetype m_done = 0; // kept characters in front of which all dropped ones are told
     QList<FormulaParser::Finding> m_findings;
 };
 
@@ -316,6 +348,10 @@ Result<FormulaParser::Check> FormulaParser::checkFormula(const QString &formula)
         const QStringView symbol = view.sliced(token.start, token.count - token.start);
         const QStringView countText = view.sliced(token.count, token.end - token.count);
         const Count count = readCount(countText);
+        findings.addDropped(token.start + 1, Gap::Harmless);
+        findings.addDropped(token.count, Gap::InSymbol);
+        findings.addDropped(token.count + std::min<qsizetype>(count.used, 1), Gap::BeforeCount);
+        findings.addDropped(token.count + count.used, Gap::InCount);
         if (count.state == Count::Read) {
             addCount(&check.counts, symbol, count.value);
             if (count.used < countText.size())
@@ -331,6 +367,7 @@ Result<FormulaParser::Check> FormulaParser::checkFormula(const QString &formula)
             findings.add(Finding::SymbolIgnored, token.start, symbol,
                 u"the symbol '%1' at character %2 is none of C, H, O, N, S, P, Na"_s);
     });
+    findings.addDropped(view.size() + 1, Gap::Harmless);
     if (firstSymbol > 0)
         findings.add(Finding::LostBeforeSymbol, 0, view.first(firstSymbol),
             u"'%1' at character %2 stands before the first symbol"_s);

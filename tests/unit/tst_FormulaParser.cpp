@@ -56,15 +56,34 @@ QString flawOfCheck(const QString &formula, const QString &outcome)
         return u"counts: "_s + found;
     qsizetype last = 0;
     qsizetype kept = formula.size();
+    QString parted = formula; // by what is said to be dropped without effect
     for (const Finding &finding : result.value().findings) {
+        const qsizetype size = finding.text.size();
         if (finding.position < last || formula[finding.position] != finding.text.front())
             return finding.message;
         last = finding.position;
-        kept -= finding.kind == Finding::CharacterDropped || finding.kind == Finding::DigitsJoined;
+        if (finding.kind == Finding::CharacterDropped)
+            parted.replace(last, size, QString(size, u'|'));
+        if (finding.message.contains(u"is dropped"_s))
+            kept -= size;
     }
     for (const QChar c : formula)
         kept -= c.isLetter() || c.isDigit() || c == u'+' || c == u'-';
-    return kept == 0 ? QString() : u"not all that is dropped"_s;
+    if (kept != 0)
+        return u"not all that is dropped"_s;
+    QString elements;
+    for (const QChar c : std::as_const(parted))
+        elements += c.isUpper() ? QString(u'|') + c : QString(c);
+    const QString sum = outcomeOf([&] {
+        QMap<QString, double> counts;
+        for (const QString &element : elements.split(u'|')) {
+            for (const auto &[symbol, count] :
+                plain::parseChemicalFormula(element).asKeyValueRange())
+                counts[symbol] = counts.contains(symbol) ? counts[symbol] + count : count;
+        }
+        return counts;
+    });
+    return sum == outcome ? QString() : u"not without effect: "_s + sum;
 }
 
 /// What differs from the written-out grammar; the list is filled from the same counts as the hash.
@@ -134,7 +153,7 @@ private Q_SLOTS:
         const QList<QStringView> pieces{u"C", u"H", u"O", u"N", u"Na", u"S", u"P", u"Cl", u"X",
             u"a", u"e", u"x", u"p", u"inf", u"nan", u"-", u"+", u".", u" ", u"(", u"%1", u"0",
             u"0x", u"1", u"7", u"42", u"e9", u"e-32", u"99999999", u"\u0663", u"²", u"É", u"ß",
-            u"ǅ", u"\xD835", u"\xDC9E", QStringView(u"\0", 1), u"\u00A0"};
+            u"ǅ", u"\xD835", u"\xDC9E", u"½", QStringView(u"\0", 1), u"\u00A0"};
         QRandomGenerator random(20240611);
         for (int round = 0; round < 20000; ++round) {
             QString formula;
@@ -191,6 +210,39 @@ private Q_SLOTS:
         }
     }
 
+    /// Marks of checkFormula() below a text: d dropped, j digits joined, c count changed.
+    void droppedCharacters()
+    {
+        const std::pair<QStringView, QString> table[] = {
+            // between elements, at the ends, behind a number: no count depends on it
+            {u" C6 H12 (O6). ", u"d..d...dd..ddd"_s}, {u"Ca (OH)", u"..dd..d"_s},
+            {u"2 (c 5) C", u".dd.d.dd."_s}, {u"C6 (gas) Na", u"..dd...dd.."_s},
+            {u"C1 e+N2 -3", u"..d....d.."_s},
+            // a number that gets another owner
+            {u"OH 2H2O", u"..c...."_s}, {u"Ca(OH)2", u"..d..c."_s}, {u"[13C]6", u"d...c."_s},
+            {u"C.5H +2Na\t-2", u".c..c....c.."_s}, {u"C) (5H-1 x", u".ccc....d."_s},
+            // a number of other characters, a symbol of other letters
+            {u"C1 e5", u"..c.."_s}, {u"H- 2O1e (5)", u"..c....cc.d"_s}, {u"C0 x 1f", u"..c.c.."_s},
+            {u"N a", u".c."_s}, {u"N a 2", u".c.c."_s}, {u"H2O (c)", u"...cc.d"_s},
+            // digits on both sides, also where other scripts write them
+            {u"C(H3)2", u".d..j."_s}, {u"C1. 5 H", u"..jj.d."_s}, {u"C2 \u0663", u"..j."_s},
+            {u"C1½2", u"..j."_s},
+            // what is a number itself
+            {u"C₆H₁₂ ½", u".c.ccdc"_s}, {u"²H①Ⅻ", u"c.cc"_s},
+            {u"C\U0001D7D9H\U0001F600 2", u".cc.ccc."_s}, {u"C\xDFD9\xD835H", u".dd."_s}};
+        for (const auto &[text, expected] : table) {
+            QString marks(text.size(), u'.');
+            const auto check = FormulaParser::checkFormula(text.toString());
+            for (const Finding &finding : check.valueOr({}).findings) {
+                const QChar mark = QLatin1StringView("dj....c").at(finding.kind);
+                if (mark != u'.')
+                    marks.replace(
+                        finding.position, finding.text.size(), QString(finding.text.size(), mark));
+            }
+            QCOMPARE(marks, expected);
+        }
+    }
+
     /// The error of a formula, if any, and its findings in order.
     void findings()
     {
@@ -199,9 +251,10 @@ C6H12O6Na-1 | none
 C(H3)2 | none | '(' at character 2 is dropped | ')' at character 5 is dropped, the digits around it run together
 C2§%2 | none | U+00a0 at character 3 is dropped, the digits around it run together | '%' at character 4 is dropped, the digits around it run together
 (c62Xy | none | '(' at character 1 is dropped | 'c62' at character 2 stands before the first symbol | the symbol 'Xy' at character 5 is none of C, H, O, N, S, P, Na
-C1e+N 2-3 | none | 'e+' at character 3 is no part of a count | ' ' at character 6 is dropped | '-3' at character 8 is no part of a count
+C1e+N 2-3 | none | 'e+' at character 3 is no part of a count | ' ' at character 6 is dropped, so the number behind it counts for the symbol before it | '-3' at character 8 is no part of a count
+N%a1§e5 𝟙 | none | '%' at character 2 is dropped, so the letters around it make one symbol | U+00a0 at character 5 is dropped, so the characters around it make one number | ' ' at character 8 is dropped | '𝟙' at character 9 is dropped, so its number is lost
 %1 | the formula text '%1' holds no element symbol | '%' at character 1 is dropped | '1' at character 2 stands before the first symbol
-C-H 1e999Xy- | the count '-' at character 2 is not a number; the count '1e999' at character 5 is out of range; the count '-' at character 12 is not a number | ' ' at character 4 is dropped | the symbol 'Xy' at character 10 is none of C, H, O, N, S, P, Na
+C-H 1e999Xy- | the count '-' at character 2 is not a number; the count '1e999' at character 5 is out of range; the count '-' at character 12 is not a number | ' ' at character 4 is dropped, so the number behind it counts for the symbol before it | the symbol 'Xy' at character 10 is none of C, H, O, N, S, P, Na
 LONG | the formula text 'CUT' holds no element symbol | 'CUT' at character 1 stands before the first symbol
 )")
                                .trimmed()
@@ -221,8 +274,8 @@ LONG | the formula text 'CUT' holds no element symbol | 'CUT' at character 1 sta
             }
             const FormulaParser::Check check = result.valueOr({});
             for (const Finding &finding : check.findings) {
-                const char *const phrases[] = {
-                    "dropped", "run together", "before the first", "no part", "none of"};
+                const char *const phrases[] = {"dropped", "run together", "before the first",
+                    "no part", "none of", "not a number", "dropped, so"};
                 found.append(finding.message);
                 QVERIFY(finding.message.contains(QLatin1StringView(phrases[finding.kind])));
             }

@@ -45,6 +45,8 @@ QString kindName(vex::FormulaParser::Finding::Kind kind)
         return u"symbol ignored"_s;
     case Finding::CountUnreadable:
         return u"unreadable"_s;
+    case Finding::CountChanged:
+        return u"count changed"_s;
     }
     return {};
 }
