@@ -20,6 +20,10 @@ file(RELATIVE_PATH vex_rpath
 if(VEX_BUILD_PROGRAM)
     set_target_properties(vexcli PROPERTIES INSTALL_RPATH "$ORIGIN/${vex_rpath}")
     install(TARGETS vexcli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    if(TARGET vexplot) # where the program looks for it
+        install(TARGETS vexplot LIBRARY
+            DESTINATION $<IF:$<BOOL:${WIN32}>,${CMAKE_INSTALL_BINDIR},${CMAKE_INSTALL_LIBDIR}/vex>)
+    endif()
 endif()
 set_target_properties(${vex_targets} PROPERTIES INSTALL_RPATH "$ORIGIN")
 

@@ -33,4 +33,11 @@ Failure passedOn(Failure error, const char *function = __builtin_FUNCTION(),
     return error;
 }
 
+/// Ctrl-C ended the work.
+inline vex::Error interrupted(const char *function = __builtin_FUNCTION(),
+    const char *file = __builtin_FILE(), int line = __builtin_LINE())
+{
+    return failure(QStringLiteral("interrupted, no file was written"), function, file, line);
+}
+
 } // namespace vexcli

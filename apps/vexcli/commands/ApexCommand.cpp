@@ -1,16 +1,18 @@
-#include "commands/Commands.h"
+#include "commands/Command.h"
 
 #include "commands/CommandLine.h"
 #include "Failure.h"
-#include "output/Output.h"
+#include "output/Json.h"
+#include "output/Messages.h"
 #include "output/Plot.h"
+#include "input/Columns.h"
 #include "input/SignalFile.h"
 #include "output/Table.h"
+#include "output/Text.h"
 
 #include <vex/ApexFinder.h>
 
 #include <QFileInfo>
-#include <QJsonDocument>
 #include <QJsonObject>
 
 #include <algorithm>
@@ -35,7 +37,7 @@ struct Apex
 };
 
 /// The part of a signal that matters between @p range, with x in minutes.
-vex::PlotBase inMinutes(const vex::PlotBase &signal, SignalRange range, const TimeUnit &unit)
+vex::PlotBase inMinutes(const vex::PlotBase &signal, SignalRange range, const XUnit &unit)
 {
     if (unit.perMinute == 1.0)
         return signal;
@@ -47,7 +49,7 @@ vex::PlotBase inMinutes(const vex::PlotBase &signal, SignalRange range, const Ti
     return result;
 }
 
-Apex findApex(const vex::PlotBase &signal, SignalRange range, const TimeUnit &unit)
+Apex findApex(const vex::PlotBase &signal, SignalRange range, const XUnit &unit)
 {
     const vex::PlotBase minutes = inMinutes(signal, range, unit);
     const double start = range.start / unit.perMinute;
@@ -73,6 +75,12 @@ Apex findApex(const vex::PlotBase &signal, SignalRange range, const TimeUnit &un
         isNarrow         ? u"the range is narrower than %1 min"_s.arg(2.0 * kInset)
             : !hasSample ? u"no sample lies in the range %1 min away from its ends"_s.arg(kInset)
                          : u"the greatest intensity in the range is 0"_s};
+}
+
+/// As many digits as a plot has room for.
+QString shortNumber(double value)
+{
+    return QString::number(value, 'g', 6);
 }
 
 double areaOver(const vex::PlotBase &signal, SignalRange range)
@@ -111,11 +119,11 @@ QList<QPointF> edgeOf(const vex::PlotBase &signal, SignalRange range)
     return edge;
 }
 
-vex::Result<QByteArray> draw(const QString &path, const QString &file, const vex::PlotBase &signal,
-    SignalRange range, const Apex &apex, double area, const TimeUnit &unit)
+/// The panel of a plot.
+PlottedPanel panelOf(const vex::PlotBase &signal, SignalRange range, const Apex &apex, double area,
+    const XUnit &unit)
 {
     PlottedPanel panel{u"intensity / counts"_s, {{u"signal"_s, signal.points()}}, {}};
-    const auto shortNumber = [](double value) { return QString::number(value, 'g', 6); };
     if (const QList<QPointF> edge = edgeOf(signal, range); !edge.isEmpty())
         panel.marks.append(
             {u"area %1 counts \u00d7 %2"_s.arg(shortNumber(area), unit.symbol), edge});
@@ -123,14 +131,11 @@ vex::Result<QByteArray> draw(const QString &path, const QString &file, const vex
         panel.marks.append({u"apex %1 counts at %2 %3"_s.arg(
                                 shortNumber(*apex.intensity), shortNumber(apex.time), unit.symbol),
             {{apex.time, *apex.intensity}}});
-    return passedOn(drawCurves(path,
-        u"Apex and area of %1, %2 to %3 %4"_s.arg(QFileInfo(file).fileName(),
-            shortNumber(range.start), shortNumber(range.end), unit.symbol),
-        u"time / %1"_s.arg(unit.symbol), {panel}));
+    return panel;
 }
 
 vex::Result<SignalRange> rangeFrom(
-    const CommandLine &commandLine, SignalRange whole, const TimeUnit &unit)
+    const CommandLine &commandLine, SignalRange whole, const XUnit &unit)
 {
     SignalRange range = whole;
     for (const auto &[option, bound] :
@@ -147,111 +152,133 @@ vex::Result<SignalRange> rangeFrom(
         return usageFailure(u"the range ends, at %1 %3, no later than it starts, at %2 %3"_s.arg(
             exactNumber(range.end), exactNumber(range.start), unit.symbol));
     if (range.end < whole.start || range.start > whole.end)
-        qWarning("the range lies outside the signal, which is from %s to %s %s",
-            qUtf8Printable(exactNumber(whole.start)), qUtf8Printable(exactNumber(whole.end)),
-            qUtf8Printable(unit.symbol));
+        warn(u"the range lies outside the signal, which is from %1 to %2 %3"_s.arg(
+            exactNumber(whole.start), exactNumber(whole.end), unit.symbol));
     return range;
 }
 
-} // namespace
-
-vex::Error runApex(const QStringList &arguments)
+/// The unit of time of @p file: minutes where nothing tells.
+vex::Result<XUnit> timeUnitOf(const CommandLine &commandLine, const SignalFile &file)
 {
-    CommandLine commandLine(u"apex"_s,
-        u"Finds where a chromatogram is highest within a range of time, and the area under it over "
-        "that range. The file has two columns, time and intensity in counts, separated by commas, "
-        "semicolons or tabs, with decimal points; lines that begin with # and one line of titles "
-        "are passed over. The apex is a sample at least 0.01 min away from the ends of the range; "
-        "where none has an intensity, the middle of the range is given and said to be just that. "
-        "The area is that under the straight lines between the samples, down to 0, in counts times "
-        "the unit of time. It takes in the whole range; the area between the first and the last "
-        "sample in the range, which other programs give, stands beside it."_s);
-    commandLine.addPositional(u"FILE"_s, u"The chromatogram (CSV)."_s, u"FILE"_s);
-    commandLine.addOption({u"start"_s},
-        u"Where the range starts, in the unit of the file (default: with the signal)."_s,
-        u"TIME"_s);
-    commandLine.addOption({u"end"_s},
-        u"Where the range ends, in the unit of the file (default: with the signal)."_s, u"TIME"_s);
-    addTimeUnitOption(&commandLine);
-    commandLine.addOption({u"plot"_s},
-        u"Draws the signal, its apex and the area into FILE (.svg or .png)."_s, u"FILE"_s);
-    if (auto error = commandLine.parse(arguments); error.hasError() || commandLine.isHelpShown())
-        return error;
-    if (commandLine.positional().size() != 1)
-        return usageFailure(u"give exactly one file (see vex apex --help)"_s);
-    const QString file = commandLine.positional().constFirst();
-    const QString plotFile = commandLine.value(u"plot"_s);
-    auto chosenUnit = timeUnitFrom(commandLine);
-    if (chosenUnit.hasError())
-        return passedOn(std::move(chosenUnit).error());
-    const TimeUnit unit = chosenUnit.value();
-    if (commandLine.isSet(u"plot"_s)) {
-        if (auto error = checkPlotPath(plotFile); error.hasError())
-            return passedOn(std::move(error));
-    }
-    if (auto error = requireOtherFiles({file}, {plotFile}); error.hasError())
-        return passedOn(std::move(error));
+    auto unit = xUnitOf(commandLine, {file});
+    if (unit.hasError())
+        return passedOn(std::move(unit).error());
+    if (unit.value().symbol.isEmpty())
+        return XUnit{u"min"_s, 1.0};
+    if (unit.value().perMinute == 0.0)
+        return failure(u"x of %1 is in %2, and an apex is looked for in min or s (--x-unit tells "
+                       "when the title is wrong)"_s.arg(file.name, unit.value().symbol));
+    return unit;
+}
 
-    QList<std::shared_ptr<Output>> outputs; // opened before the work; standard output is the last
-    for (const QString &path :
-        plotFile.isEmpty() ? QStringList{QString()} : QStringList{plotFile, QString()}) {
-        auto output = Output::open(path);
-        if (output.hasError())
-            return passedOn(std::move(output).error());
-        outputs.append(output.value());
-    }
-    auto read = readSignal(file);
-    if (read.hasError())
-        return passedOn(std::move(read).error());
-    const vex::PlotBase signal = std::move(read).value();
-    auto chosenRange = rangeFrom(commandLine, rangeOf(signal), unit);
-    if (chosenRange.hasError())
-        return passedOn(std::move(chosenRange).error());
-    const SignalRange range = chosenRange.value();
+/// What was found, for tables and JSON.
+struct Report
+{
+    QString name;
+    XUnit unit;
+    SignalRange range;
+    bool isWhole = false; // the range is that of the signal
+    qsizetype pointCount = 0;
+    Apex apex;
+    double area = 0.0;
+    double sampledArea = 0.0;
 
-    const Apex apex = findApex(signal, range, unit);
-    const double area = areaOver(signal, range);
-    const double sampledArea = areaOver(signal, sampledPart(signal, range));
-    if (!apex.intensity)
-        qWarning(
-            "there is no apex, the middle of the range is given: %s", qUtf8Printable(apex.problem));
-    if (!plotFile.isEmpty()) {
-        auto picture = draw(plotFile, file, signal, range, apex, area, unit);
-        if (picture.hasError())
-            return passedOn(std::move(picture).error());
-        outputs.constFirst()->write(picture.value());
-    }
-    if (commandLine.isSet(u"json"_s)) {
-        outputs.constLast()->write(QJsonDocument(
-            QJsonObject{{u"file"_s, file}, {u"pointCount"_s, signal.points().size()},
-                {u"xUnit"_s, unit.symbol}, {u"start"_s, range.start}, {u"end"_s, range.end},
-                {u"apexTime"_s, apex.time}, {u"isMiddleOfRange"_s, !apex.intensity},
-                {u"apexIntensity"_s, apex.intensity ? QJsonValue(*apex.intensity) : QJsonValue()},
-                {u"area"_s, area},
-                {u"areaBetweenSamples"_s,
-                    sampledArea}}).toJson());
-    } else {
-        const bool isWhole = !commandLine.isSet(u"start"_s) && !commandLine.isSet(u"end"_s);
-        outputs.constLast()->write((file + u'\n'
+    QString asText() const
+    {
+        const auto areaText = [this](double value) {
+            return u"%1 counts x %2"_s.arg(QString::number(value, 'g', 10), unit.symbol);
+        };
+        return headLine(name)
             + reportLine(u"range"_s,
                 u"%1 to %2 %3%4"_s.arg(exactNumber(range.start), exactNumber(range.end),
                     unit.symbol, isWhole ? u", the whole signal"_s : QString()))
             + reportLine(u"apex"_s,
-                exactNumber(apex.time) + u' ' + unit.symbol
+                unit.with(exactNumber(apex.time))
                     + (apex.intensity ? QString() : u", just the middle: "_s + apex.problem))
             + reportLine(u"intensity there"_s,
                 apex.intensity ? exactNumber(*apex.intensity) + " counts"_L1 : u"-"_s)
-            + reportLine(u"area over the range"_s,
-                u"%1 counts x %2"_s.arg(QString::number(area, 'g', 10), unit.symbol))
-            + reportLine(u"between samples only"_s,
-                u"%1 counts x %2"_s.arg(QString::number(sampledArea, 'g', 10), unit.symbol)))
-                                       .toUtf8());
+            + reportLine(u"area over the range"_s, areaText(area))
+            + reportLine(u"between samples only"_s, areaText(sampledArea));
     }
-    for (const auto &output : std::as_const(outputs)) {
-        if (auto error = output->commit(); error.hasError())
-            return passedOn(std::move(error));
+
+    QJsonObject asJson() const
+    {
+        return {{u"file"_s, name}, {u"pointCount"_s, pointCount}, {u"xUnit"_s, unit.symbol},
+            {u"intensityUnit"_s, u"counts"_s}, {u"areaUnit"_s, "counts "_L1 + unit.symbol},
+            {u"start"_s, range.start}, {u"end"_s, range.end}, {u"apexTime"_s, apex.time},
+            {u"isMiddleOfRange"_s, !apex.intensity},
+            {u"apexIntensity"_s, apex.intensity ? QJsonValue(*apex.intensity) : QJsonValue()},
+            {u"area"_s, area}, {u"areaBetweenSamples"_s, sampledArea}};
     }
+};
+
+void declare(CommandLine *commandLine)
+{
+    commandLine->describe(
+        u"Finds where a chromatogram is highest within a range of time, and the area under it."_s,
+        {u"vex apex run1.csv"_s, u"vex apex run1.csv --start 2.4 --end 3.1 --plot apex.svg"_s,
+            u"vex apex run2.txt --column RT,TIC --x-unit s"_s},
+        u"The file has two columns, time and intensity in counts, separated by commas, semicolons "
+        u"or "
+        "tabs. Lines that begin with # and titles are passed over.\n"
+        "The apex is a sample at least 0.01 min away from the ends of the range. Where no such "
+        "sample has an intensity, the middle of the range is given, and said to be just that.\n"
+        "The area is that under the straight lines between the samples, down to 0, over the whole "
+        "range. The area between the first and the last sample in the range stands beside it, for "
+        "other programs give that one."_s);
+    commandLine->addInputPositional(u"FILE"_s, u"The chromatogram (CSV)."_s, u"FILE"_s);
+    commandLine->addOption({u"start"_s},
+        u"Where the range starts, in the unit of the file (default: with the signal)."_s,
+        u"TIME"_s);
+    commandLine->addOption({u"end"_s},
+        u"Where the range ends, in the unit of the file (default: with the signal)."_s, u"TIME"_s);
+    addXUnitOption(commandLine, u"where it does not, x is in min"_s);
+    addColumnsOptions(commandLine, u"x,y"_s);
+    commandLine->addPlotOption(
+        u"Draws the signal, its apex and the area into FILE (.svg or .png)."_s);
+}
+
+vex::Error run(const CommandLine &commandLine, Results *results)
+{
+    if (commandLine.positional().size() != 1)
+        return usageFailure(commandLine.withHint(u"give exactly one file"_s));
+    const auto file = readSignal(commandLine, commandLine.positional().constFirst());
+    if (file.hasError())
+        return passedOn(file.error());
+    const vex::PlotBase &signal = file.value().signal;
+    Report report;
+    report.name = file.value().name;
+    report.pointCount = signal.points().size();
+    auto unit = timeUnitOf(commandLine, file.value());
+    if (unit.hasError())
+        return passedOn(std::move(unit).error());
+    report.unit = unit.value();
+    auto range = rangeFrom(commandLine, rangeOf(signal), report.unit);
+    if (range.hasError())
+        return passedOn(std::move(range).error());
+    report.range = range.value();
+    report.isWhole = !commandLine.isSet(u"start"_s) && !commandLine.isSet(u"end"_s);
+    report.apex = findApex(signal, report.range, report.unit);
+    report.area = areaOver(signal, report.range);
+    report.sampledArea = areaOver(signal, sampledPart(signal, report.range));
+    if (!report.apex.intensity)
+        warn(u"there is no apex, the middle of the range is given: "_s + report.apex.problem);
+    if (const QString path = commandLine.plotFile(); !path.isEmpty()) {
+        const QString title =
+            u"Apex and area of %1, %2 to %3 %4"_s.arg(QFileInfo(report.name).fileName(),
+                shortNumber(report.range.start), shortNumber(report.range.end), report.unit.symbol);
+        results->addPlot(path,
+            [title, axis = report.unit.axisTitle(),
+                panel = panelOf(signal, report.range, report.apex, report.area, report.unit)](
+                const QString &plot) { return drawCurves(plot, title, axis, {panel}); });
+    }
+    results->print(commandLine.isJson() ? jsonText(report.asJson()) : report.asText().toUtf8());
     return vex::ErrorCode::NoError;
 }
+
+} // namespace
+
+const Command kApexCommand{
+    "apex"_L1, "where a chromatogram is highest, and the area under it"_L1, declare, run, false};
 
 } // namespace vexcli

@@ -1,14 +1,14 @@
-#include "commands/Commands.h"
+#include "commands/Command.h"
 
 #include "commands/CommandLine.h"
 #include "Failure.h"
-#include "output/Output.h"
+#include "output/Json.h"
 #include "output/Table.h"
+#include "output/Text.h"
 
 #include <vex/PathCheck.h>
 
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 
 #include <algorithm>
@@ -84,7 +84,7 @@ QString kindName(Finding::Kind kind)
 
 QByteArray asText(const Reading &reading)
 {
-    QString text = (reading.text.isEmpty() ? u"(empty)"_s : shownText(reading.text)) + u'\n';
+    QString text = headLine(reading.text.isEmpty() ? u"(empty)"_s : reading.text);
     for (const auto &[kind, check] : reading.judgements) {
         text += "  "_L1 + QString(kind.title).leftJustified(12)
             + (check.isValid() ? "valid"_L1 : "not valid"_L1)
@@ -118,64 +118,56 @@ QJsonObject asJson(const Reading &reading)
     return {{u"text"_s, reading.text}, {u"isValid"_s, reading.isValid()}, {u"as"_s, judgements}};
 }
 
-} // namespace
-
-vex::Error runCheckPath(const QStringList &arguments)
+void declare(CommandLine *commandLine)
 {
-    CommandLine commandLine(u"checkpath"_s,
-        u"Tells whether texts are valid as the name of a file, as the path of a file and as a path "
-        "in a local file system or on a server, and why not. The rules are those of Windows on "
-        "every system, so that a file can travel; whether there is such a file makes no "
-        "difference. Next to the reasons against a text there is advice: it is valid, but a system "
-        "may take it for something else. A local path is judged once cleaned. Positions count "
-        "UTF-16 code units, from 1 in tables, from 0 in JSON. The exit code is 1 when a text is "
-        "not valid as one of the kinds asked for."_s);
-    commandLine.addPositional(u"PATH"_s, u"Name or path."_s, u"PATH..."_s);
-    commandLine.addOption({u"kind"_s},
-        u"What to judge the texts as: name, path or local (default: all three); may be repeated."_s,
-        u"KIND"_s);
-    if (auto error = commandLine.parse(arguments); error.hasError() || commandLine.isHelpShown())
-        return error;
+    commandLine->describe(
+        u"Tells whether texts are valid as the name of a file, as the path of a file, and as a path on a drive or a server; and why not."_s,
+        {u"vex checkpath 'run 1?.mgf'"_s, u"vex checkpath --kind local C:/data/run1.mgf"_s},
+        u"The rules are those of Windows on every system, so that a file can travel. The files "
+        "need not exist. A reason makes a text not valid. Advice does not: the text is valid, but "
+        "some system takes it for something else. A local path is judged once it is cleaned of "
+        "parts such as a/../.\n"
+        "Positions count UTF-16 code units, from 1 in tables, from 0 in JSON. The exit code is 1 "
+        "when a text is not valid as one of the kinds asked for."_s);
+    commandLine->addPositional(u"PATH"_s, u"Name or path."_s, u"PATH..."_s);
+    commandLine->addRepeatableOption({u"kind"_s},
+        u"What to judge the texts as: name, path or local (default: all three)."_s, u"KIND"_s);
+}
+
+vex::Error run(const CommandLine &commandLine, Results *results)
+{
     if (commandLine.positional().isEmpty())
-        return usageFailure(u"no path given (see vex checkpath --help)"_s);
+        return usageFailure(commandLine.withHint(u"no path given"_s));
     const QStringList wanted = commandLine.values(u"kind"_s);
     for (const QString &name : wanted) {
         if (std::none_of(kKinds.begin(), kKinds.end(),
                 [&name](const Kind &kind) { return name == kind.name; }))
-            return usageFailure(u"kind '%1' is none of name, path, local"_s.arg(name));
+            return usageFailure(u"--kind '%1' is none of name, path, local"_s.arg(name));
     }
-
-    QList<Reading> readings;
+    JsonArrayWriter json(commandLine.isJson() ? results->standard() : nullptr);
+    qsizetype invalid = 0;
     for (const QString &text : commandLine.positional()) {
         Reading reading{text, {}};
         for (const Kind &kind : kKinds) {
             if (wanted.isEmpty() || wanted.contains(kind.name))
                 reading.judgements.append({kind, kind.check(text)});
         }
-        readings.append(reading);
+        invalid += reading.isValid() ? 0 : 1;
+        if (commandLine.isJson())
+            json.add(asJson(reading));
+        else
+            results->print(asText(reading));
     }
-
-    auto output = Output::open({});
-    if (output.hasError())
-        return passedOn(std::move(output).error());
-    if (commandLine.isSet(u"json"_s)) {
-        QJsonArray array;
-        for (const Reading &reading : std::as_const(readings))
-            array.append(asJson(reading));
-        output.value()->write(QJsonDocument(array).toJson());
-    } else {
-        for (const Reading &reading : std::as_const(readings))
-            output.value()->write(asText(reading));
-    }
-    if (auto error = output.value()->commit(); error.hasError())
-        return passedOn(std::move(error));
-    const auto invalid = std::count_if(readings.begin(), readings.end(),
-        [](const Reading &reading) { return !reading.isValid(); });
-    if (invalid == 0)
-        return vex::ErrorCode::NoError;
-    return failure(u"%1 of %2 %3 not valid"_s.arg(invalid)
-                       .arg(readings.size())
-                       .arg(invalid == 1 ? "is"_L1 : "are"_L1));
+    json.end();
+    if (invalid > 0)
+        results->setVerdict(failure(u"%1 of %2 %3 not valid"_s.arg(QString::number(invalid),
+            QString::number(commandLine.positional().size()), invalid == 1 ? u"is"_s : u"are"_s)));
+    return vex::ErrorCode::NoError;
 }
+
+} // namespace
+
+const Command kCheckPathCommand{
+    "checkpath"_L1, "whether paths and names are valid, and why not"_L1, declare, run, false};
 
 } // namespace vexcli

@@ -1,48 +1,19 @@
 #include "commands/CommandLine.h"
 
 #include "Failure.h"
+#include "output/Text.h"
 
 #include <vex/CommandLineKeys.h>
 
 #include <QCoreApplication>
-#include <QDateTime>
-#include <QFile>
 
-#include <array>
 #include <cmath>
-#include <cstdio>
-#include <memory>
 
 using namespace Qt::StringLiterals;
 
 namespace vexcli {
 
 namespace {
-
-struct Severity
-{
-    QLatin1StringView name;
-    QtMsgType type;
-};
-
-constexpr std::array kSeverities{
-    Severity{"debug"_L1, QtDebugMsg},
-    Severity{"info"_L1, QtInfoMsg},
-    Severity{"warning"_L1, QtWarningMsg},
-    Severity{"critical"_L1, QtCriticalMsg},
-};
-
-/// Position in kSeverities; fatal messages rank with critical ones.
-std::size_t rankOf(QtMsgType type)
-{
-    const auto found = std::find_if(kSeverities.begin(), kSeverities.end(),
-        [type](const Severity &severity) { return severity.type == type; });
-    return std::min<std::size_t>(
-        static_cast<std::size_t>(found - kSeverities.begin()), kSeverities.size() - 1);
-}
-
-std::size_t lowestRank = 2; // warnings and worse
-std::unique_ptr<QFile> logFile;
 
 /// @p text with line ends between words, so that no line is longer than a terminal is wide.
 QString wrapped(const QString &text)
@@ -64,33 +35,27 @@ QString wrapped(const QString &text)
     return result;
 }
 
-void handleMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
+QString withDashes(const QString &name)
 {
-    const std::size_t rank = rankOf(type);
-    if (rank < lowestRank)
-        return;
-    const QString line = "%1: %2\n"_L1.arg(kSeverities[rank].name, text);
-    std::fprintf(stderr, "vex: %s", qUtf8Printable(line));
-    if (logFile) {
-        logFile->write(
-            (QDateTime::currentDateTime().toString(Qt::ISODateWithMs) + u' ' + line).toUtf8());
-        logFile->flush();
-    }
+    return (name.size() == 1 ? "-"_L1 : "--"_L1) + name;
 }
 
 } // namespace
 
-CommandLine::CommandLine(const QString &command, const QString &summary)
+CommandLine::CommandLine(const QString &command)
     : m_command(command)
 {
-    m_parser.setApplicationDescription(wrapped(summary));
-    m_parser.addOption({{u"h"_s, u"help"_s}, u"Shows this help and ends."_s});
-    m_parser.addOption({u"json"_s, u"Prints JSON for machines instead of tables."_s});
-    m_parser.addOption({u"trace"_s, u"Prints every place that an error passed."_s});
-    m_parser.addOption({vex::klog, u"Appends messages to FILE as well."_s, u"FILE"_s});
-    m_parser.addOption({vex::klog_severity,
-        u"Lowest severity of messages shown: debug, info, warning (default) or critical."_s,
-        u"SEVERITY"_s});
+}
+
+void CommandLine::describe(
+    const QString &summary, const QStringList &examples, const QString &rules)
+{
+    QString text = wrapped(summary);
+    if (!examples.isEmpty())
+        text += "\n\nExamples:\n  "_L1 + examples.join("\n  "_L1);
+    for (const QString &paragraph : rules.split(u'\n', Qt::SkipEmptyParts))
+        text += "\n\n"_L1 + wrapped(paragraph);
+    m_parser.setApplicationDescription(text);
 }
 
 void CommandLine::addPositional(
@@ -99,51 +64,160 @@ void CommandLine::addPositional(
     m_parser.addPositionalArgument(name, description, syntax);
 }
 
+void CommandLine::addInputPositional(
+    const QString &name, const QString &description, const QString &syntax)
+{
+    m_arePositionalInputs = true;
+    addPositional(name, description, syntax);
+}
+
+void CommandLine::add(
+    const QStringList &names, const QString &description, const QString &valueName)
+{
+    m_names.append(names.last());
+    m_parser.addOption({names, description, valueName});
+}
+
 void CommandLine::addOption(
     const QStringList &names, const QString &description, const QString &valueName)
 {
-    m_parser.addOption({names, description, valueName});
+    add(names, description, valueName);
+}
+
+void CommandLine::addRepeatableOption(
+    const QStringList &names, const QString &description, const QString &valueName)
+{
+    m_repeatable.insert(names.last());
+    add(names, description, valueName);
+}
+
+void CommandLine::addInputOption(
+    const QString &name, const QString &description, const QString &valueName)
+{
+    m_inputs.append(name);
+    add({name}, description, valueName);
+}
+
+void CommandLine::addOutputOption(const QString &description)
+{
+    add({u"o"_s, u"output"_s}, description, u"FILE"_s);
+}
+
+void CommandLine::addPlotOption(const QString &description)
+{
+    add({u"plot"_s}, description, u"FILE"_s);
 }
 
 void CommandLine::addFlag(const QString &name, const QString &description)
 {
-    m_parser.addOption({name, description});
+    m_repeatable.insert(name);
+    add({name}, description, {});
+}
+
+QString CommandLine::withHint(const QString &text) const
+{
+    return u"%1 (see vex %2 --help)"_s.arg(text, m_command);
+}
+
+/// Options that every command has; behind its own in the help text.
+void CommandLine::addCommonOptions()
+{
+    add({u"h"_s, u"help"_s}, u"Shows this help and ends."_s, {});
+    add({u"json"_s}, u"Prints JSON for programs instead of a table."_s, {});
+    add({u"trace"_s}, u"Prints every place that an error passed."_s, {});
+    add({vex::klog}, u"Appends messages to FILE as well."_s, u"FILE"_s);
+    add({vex::klog_severity},
+        u"Lowest severity of messages shown: debug, info, warning (default) or critical."_s,
+        u"SEVERITY"_s);
 }
 
 vex::Error CommandLine::parse(const QStringList &arguments)
 {
+    addCommonOptions();
     if (!m_parser.parse(QStringList{u"vex "_s + m_command} + arguments)) {
         QString text = m_parser.errorText();
         if (text.endsWith(u'.'))
             text.chop(1);
-        return usageFailure(u"%1 (see vex %2 --help)"_s.arg(text, m_command));
+        if (const QStringList unknown = m_parser.unknownOptionNames(); !unknown.isEmpty()) {
+            const QString meant = similarWord(unknown.constFirst(), m_names);
+            text = u"there is no option %1"_s.arg(withDashes(unknown.constFirst()));
+            if (!meant.isEmpty())
+                text += u"; did you mean %1?"_s.arg(withDashes(meant));
+        }
+        return usageFailure(withHint(text));
     }
-    if (m_parser.isSet(u"help"_s)) {
-        QString help = m_parser.helpText();
-        const QString program = QCoreApplication::arguments().constFirst();
-        help.replace(u"Usage: %1"_s.arg(program), u"Usage: vex %1"_s.arg(m_command));
-        std::fputs(qUtf8Printable(help), stdout);
-        m_isHelpShown = true;
+    if (isHelpWanted())
         return vex::ErrorCode::NoError;
+    if (auto error = checkRepeated(); error.hasError())
+        return passedOn(std::move(error));
+    QStringList files = inputFiles();
+    for (const QString &name : {u"output"_s, u"plot"_s, vex::klog}) {
+        if (m_names.contains(name) && isSet(name) && value(name).isEmpty())
+            return usageFailure(withHint(u"--%1 needs the name of a file"_s.arg(name)));
     }
-    return passedOn(setUpLogging(m_parser.value(vex::klog), m_parser.value(vex::klog_severity)));
+    if (files.count(u"-"_s) > 1)
+        return usageFailure(u"standard input can be read once only, not for two inputs"_s);
+    if (isJson() && outputFile() == "-"_L1)
+        return usageFailure(
+            u"standard output cannot hold both JSON and CSV: leave --json or -o - out"_s);
+    return vex::ErrorCode::NoError;
 }
 
-vex::Error CommandLine::requireOneOf(const QStringList &names) const
+vex::Error CommandLine::checkRepeated() const
 {
-    qsizetype given = 0;
-    for (const QString &name : names)
-        given += m_parser.isSet(name) ? 1 : 0;
-    if (given == 1)
+    for (const QString &name : m_names) {
+        const QStringList given = values(name);
+        if (given.size() > 1 && !m_repeatable.contains(name))
+            return usageFailure(withHint(u"--%1 can be given once only, not as '%2' and '%3'"_s.arg(
+                name, given[0], given[1])));
+    }
+    return vex::ErrorCode::NoError;
+}
+
+QString CommandLine::helpText() const
+{
+    QString help = m_parser.helpText();
+    const QString program = QCoreApplication::arguments().value(0);
+    help.replace(u"Usage: %1"_s.arg(program), u"Usage: vex %1"_s.arg(m_command));
+    return help;
+}
+
+QString CommandLine::outputFile() const
+{
+    return m_names.contains(u"output"_s) ? value(u"output"_s) : QString();
+}
+
+QString CommandLine::plotFile() const
+{
+    return m_names.contains(u"plot"_s) ? value(u"plot"_s) : QString();
+}
+
+QStringList CommandLine::inputFiles() const
+{
+    QStringList files = m_arePositionalInputs ? positional() : QStringList();
+    for (const QString &name : m_inputs)
+        files += values(name);
+    return files;
+}
+
+QStringList CommandLine::outputFiles() const
+{
+    return {outputFile(), plotFile(), value(vex::klog)};
+}
+
+vex::Error CommandLine::requireNoPositional() const
+{
+    if (positional().isEmpty())
         return vex::ErrorCode::NoError;
-    return usageFailure(
-        u"give exactly one of --%1 (see vex %2 --help)"_s.arg(names.join(" or --"_L1), m_command));
+    return usageFailure(withHint(u"unexpected argument '%1'"_s.arg(positional().constFirst())));
 }
 
 vex::Result<double> finiteNumber(const QString &text, const QString &what)
 {
     bool isNumber = false;
     const double value = text.toDouble(&isNumber);
+    if (!isNumber && std::isinf(value))
+        return usageFailure(u"%1 '%2' is out of range"_s.arg(what, text));
     if (!isNumber)
         return usageFailure(u"%1 '%2' is not a number"_s.arg(what, text));
     if (!std::isfinite(value))
@@ -161,6 +235,17 @@ vex::Result<double> nonNegativeNumber(const QString &text, const QString &what)
     return number.value();
 }
 
+vex::Result<double> shareFromPercent(const QString &text, const QString &what)
+{
+    const QString digits = text.endsWith(u'%') ? text.chopped(1).trimmed() : text;
+    auto percent = nonNegativeNumber(digits, what);
+    if (percent.hasError())
+        return passedOn(std::move(percent).error());
+    if (percent.value() > 100.0)
+        return usageFailure(u"%1 '%2' is above 100 %"_s.arg(what, text));
+    return percent.value() / 100.0;
+}
+
 vex::Result<double> wholeNumber(const QString &text, const QString &what, double least, double most)
 {
     auto number = nonNegativeNumber(text, what);
@@ -174,26 +259,6 @@ vex::Result<double> wholeNumber(const QString &text, const QString &what, double
         return usageFailure(
             u"%1 '%2' is above %3"_s.arg(what, text, QString::number(most, 'f', 0)));
     return value;
-}
-
-vex::Error setUpLogging(const QString &logPath, const QString &severity)
-{
-    if (!severity.isEmpty()) {
-        const auto found = std::find_if(kSeverities.begin(), kSeverities.end(),
-            [&severity](const Severity &known) { return severity == known.name; });
-        if (found == kSeverities.end())
-            return usageFailure(u"--%1 '%2' is none of debug, info, warning, critical"_s.arg(
-                vex::klog_severity, severity));
-        lowestRank = static_cast<std::size_t>(found - kSeverities.begin());
-    }
-    if (!logPath.isEmpty()) {
-        auto file = std::make_unique<QFile>(logPath);
-        if (!file->open(QIODevice::WriteOnly | QIODevice::Append))
-            return failure(u"cannot write %1: %2"_s.arg(logPath, file->errorString()));
-        logFile = std::move(file);
-    }
-    qInstallMessageHandler(handleMessage);
-    return vex::ErrorCode::NoError;
 }
 
 } // namespace vexcli

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QCommandLineParser>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -11,39 +12,77 @@
 
 namespace vexcli {
 
-/// Options that every command has, and how their values are read.
+/// What a command takes, and what it was given. Every command has --help, --json, --trace and the
+/// options of logging.
 class CommandLine
 {
 public:
-    /// @param command  name of the command, for the help text
-    /// @param summary  what it does; paragraphs for the help text
-    CommandLine(const QString &command, const QString &summary);
+    /// @param command  name of the command
+    explicit CommandLine(const QString &command);
 
-    /// Positional arguments, for the help text.
+    // What a command takes.
+
+    /// The help text: what the command does, in one sentence or two; how it is used; the rules.
+    /// @param examples  whole command lines
+    void describe(const QString &summary, const QStringList &examples, const QString &rules = {});
+    /// Positional arguments.
+    /// @param syntax  as the line of usage shows them, such as "[M...]"
     void addPositional(const QString &name, const QString &description, const QString &syntax);
-    /// An option with a value; may be given more than once where the command says so.
+    /// Positional arguments that are files to read; "-" is standard input.
+    void addInputPositional(const QString &name, const QString &description, const QString &syntax);
+    /// An option with a value, which can be given once.
     void addOption(const QStringList &names, const QString &description, const QString &valueName);
+    /// An option with a value, which can be given again and again.
+    void addRepeatableOption(
+        const QStringList &names, const QString &description, const QString &valueName);
+    /// An option whose value is a file to read; "-" is standard input.
+    void addInputOption(const QString &name, const QString &description,
+        const QString &valueName = QStringLiteral("FILE"));
+    /// Option -o: a file to write; "-" is standard output, in place of what is printed else.
+    void addOutputOption(const QString &description);
+    /// Option --plot: a picture to draw.
+    void addPlotOption(const QString &description);
     /// An option without a value.
     void addFlag(const QString &name, const QString &description);
 
-    /// Reads the arguments behind the command's name and sets logging up.
-    vex::Error parse(const QStringList &arguments);
+    // What it was given.
 
-    /// True when the help text was asked for; it has been printed.
-    bool isHelpShown() const { return m_isHelpShown; }
+    /// Reads the arguments behind the command's name. Options without a value may be repeated,
+    /// others only where the command says so.
+    vex::Error parse(const QStringList &arguments);
+    bool isHelpWanted() const { return m_parser.isSet(QStringLiteral("help")); }
+    /// Needs the application object.
+    QString helpText() const;
 
     bool isSet(const QString &name) const { return m_parser.isSet(name); }
     QString value(const QString &name) const { return m_parser.value(name); }
     QStringList values(const QString &name) const { return m_parser.values(name); }
     QStringList positional() const { return m_parser.positionalArguments(); }
+    bool isJson() const { return isSet(QStringLiteral("json")); }
+    QString outputFile() const; // empty for none
+    QString plotFile() const; // empty for none
 
-    /// Fails unless exactly one of the options is given.
-    vex::Error requireOneOf(const QStringList &names) const;
+    /// All files that are read.
+    QStringList inputFiles() const;
+    /// All files that are written.
+    QStringList outputFiles() const;
+
+    /// Fails when there is a positional argument.
+    vex::Error requireNoPositional() const;
+    /// @p text with where to read more behind it.
+    QString withHint(const QString &text) const;
 
 private:
+    void addCommonOptions();
+    void add(const QStringList &names, const QString &description, const QString &valueName);
+    vex::Error checkRepeated() const;
+
     QCommandLineParser m_parser;
     QString m_command;
-    bool m_isHelpShown = false;
+    QStringList m_names; // of all options, the longest of each
+    QSet<QString> m_repeatable;
+    QStringList m_inputs; // options whose values are files to read
+    bool m_arePositionalInputs = false;
 };
 
 /// @p text as a finite number; @p what names it in the error.
@@ -52,11 +91,12 @@ vex::Result<double> finiteNumber(const QString &text, const QString &what);
 /// @p text as a finite number that is not negative; @p what names it in the error.
 vex::Result<double> nonNegativeNumber(const QString &text, const QString &what);
 
+/// @p text as percent, 0 to 100, with or without the sign.
+/// @return the share, 0 to 1
+vex::Result<double> shareFromPercent(const QString &text, const QString &what);
+
 /// @p text as a whole number between @p least and @p most; @p what names it in the error.
 vex::Result<double> wholeNumber(const QString &text, const QString &what, double least,
     double most = std::numeric_limits<double>::infinity());
-
-/// Writes messages of at least the severity to standard error, and to the log file if there is one.
-vex::Error setUpLogging(const QString &logFile, const QString &severity);
 
 } // namespace vexcli

@@ -1,15 +1,15 @@
-#include "commands/Commands.h"
+#include "commands/Command.h"
 
 #include "commands/CommandLine.h"
 #include "Failure.h"
-#include "output/Output.h"
+#include "output/Json.h"
 #include "output/Table.h"
+#include "output/Text.h"
 
 #include <vex/FileTypes.h>
 #include <vex/TraceFileTypes.h>
 
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 
 using namespace Qt::StringLiterals;
@@ -22,7 +22,7 @@ namespace {
 QString listed(QStringList texts)
 {
     for (QString &text : texts)
-        text = text.isEmpty() ? u"(none)"_s : shownText(text);
+        text = text.isEmpty() ? u"(none)"_s : text;
     return texts.join(", "_L1);
 }
 
@@ -47,7 +47,7 @@ QByteArray typesAsText(const QStringList &files)
     Table table({u"name"_s, u"type"_s, u"trace"_s, u"suffixes"_s, u"masks"_s, u"also listed by"_s});
     for (const QString &file : files) {
         const FileTypes::TypeRef type = FileTypes::fileToType(file);
-        table.addRow({shownText(file), FileTypes::typeToString(type),
+        table.addRow({file, FileTypes::typeToString(type),
             yesOrNo(vex::TraceFileTypes::isTraceFileType(file)),
             listed(FileTypes::fileSuffixesForExtensionType(type)),
             listed(FileTypes::fileMasksForExtensionType(type)), listed(otherTypesOf(file, type))});
@@ -64,17 +64,17 @@ QJsonObject typeAsJson(FileTypes::TypeRef type)
         {u"masks"_s, strings(FileTypes::fileMasksForExtensionType(type))}};
 }
 
-QByteArray typesAsJson(const QStringList &files)
+void typesAsJson(const QStringList &files, Output *output)
 {
-    QJsonArray array;
+    JsonArrayWriter array(output);
     for (const QString &file : files) {
         const FileTypes::TypeRef type = FileTypes::fileToType(file);
         QJsonObject object = typeAsJson(type);
         object.insert(u"name"_s, file);
         object.insert(u"alsoListedBy"_s, QJsonArray::fromStringList(otherTypesOf(file, type)));
-        array.append(object);
+        array.add(object);
     }
-    return QJsonDocument(array).toJson();
+    array.end();
 }
 
 QByteArray registryAsText()
@@ -104,44 +104,45 @@ QByteArray registryAsJson()
         suffixes.append(QJsonObject{{u"suffix"_s, entry.suffix},
             {u"isMatchable"_s, entry.isMatchable}, {u"winner"_s, entry.winner},
             {u"types"_s, QJsonArray::fromStringList(entry.types)}});
-    return QJsonDocument(QJsonObject{{u"types"_s, types}, {u"suffixes"_s, suffixes}}).toJson();
+    return jsonText({{u"types"_s, types}, {u"suffixes"_s, suffixes}});
+}
+
+void declare(CommandLine *commandLine)
+{
+    commandLine->describe(
+        u"Tells the type of files by their names: all suffixes and masks of the type, whether it holds traces, and which other types list the same suffix."_s,
+        {u"vex filetype run.mgf archive.tar.zip"_s, u"vex filetype --list"_s},
+        u"What stands behind the last point of a name counts, in upper or lower case. The files "
+        "need not exist. A suffix that no type lists gives the type Invalid. Where several types "
+        "list a suffix, the one with the fewest suffixes wins, of those the first in the registry."_s);
+    commandLine->addPositional(
+        u"NAME"_s, u"Name or path of a file, such as run.mgf."_s, u"NAME..."_s);
+    commandLine->addFlag(u"list"_s,
+        u"Shows all types; then the suffixes that several types list, with the type that wins, and "
+        "the suffixes that no file can have. With --json all suffixes."_s);
+}
+
+vex::Error run(const CommandLine &commandLine, Results *results)
+{
+    const QStringList files = commandLine.positional();
+    const bool isList = commandLine.isSet(u"list"_s);
+    if (isList && !files.isEmpty())
+        return usageFailure(commandLine.withHint(u"--list takes no names"_s));
+    if (!isList && files.isEmpty())
+        return usageFailure(commandLine.withHint(u"no file name given"_s));
+    if (files.contains(QString()))
+        return usageFailure(u"an empty text is no file name"_s);
+    const bool isJson = commandLine.isJson();
+    if (isJson && !isList)
+        typesAsJson(files, results->standard());
+    else
+        results->print(isList ? isJson ? registryAsJson() : registryAsText() : typesAsText(files));
+    return vex::ErrorCode::NoError;
 }
 
 } // namespace
 
-vex::Error runFileType(const QStringList &arguments)
-{
-    CommandLine commandLine(u"filetype"_s,
-        u"Tells the type of files by their names: all suffixes and masks of the type, whether it "
-        "holds traces, and which other types list the same suffix. Only what stands behind the "
-        "last point of a name counts, in upper or lower case; the files need not exist. A suffix "
-        "that nobody knows gives the type Invalid. Of several types that list a suffix the one "
-        "with the fewest suffixes wins, of those the first in the registry."_s);
-    commandLine.addPositional(
-        u"NAME"_s, u"Name or path of a file, such as run.mgf."_s, u"NAME..."_s);
-    commandLine.addFlag(u"list"_s,
-        u"Shows all types instead, then the suffixes that several types list, with the one that "
-        "wins, and the suffixes that no file can match. With --json all suffixes."_s);
-    if (auto error = commandLine.parse(arguments); error.hasError() || commandLine.isHelpShown())
-        return error;
-    const QStringList files = commandLine.positional();
-    const bool isList = commandLine.isSet(u"list"_s);
-    if (isList && !files.isEmpty())
-        return usageFailure(u"--list takes no names (see vex filetype --help)"_s);
-    if (!isList && files.isEmpty())
-        return usageFailure(u"no file name given (see vex filetype --help)"_s);
-    if (files.contains(QString()))
-        return usageFailure(u"an empty text is no file name"_s);
-
-    auto output = Output::open({});
-    if (output.hasError())
-        return passedOn(std::move(output).error());
-    const bool isJson = commandLine.isSet(u"json"_s);
-    if (isList)
-        output.value()->write(isJson ? registryAsJson() : registryAsText());
-    else
-        output.value()->write(isJson ? typesAsJson(files) : typesAsText(files));
-    return passedOn(output.value()->commit());
-}
+const Command kFileTypeCommand{
+    "filetype"_L1, "the type of a file by its name, and all types"_L1, declare, run, false};
 
 } // namespace vexcli

@@ -1,18 +1,20 @@
-#include "commands/Commands.h"
+#include "commands/Command.h"
 
-#include "commands/CommandLine.h"
 #include "Failure.h"
+#include "commands/CommandLine.h"
+#include "output/Json.h"
 #include "output/Output.h"
 #include "output/Table.h"
+#include "output/Text.h"
 
 #include <vex/FormulaParser.h>
 #include <vex/MolecularMass.h>
 
 #include <QHash>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <tuple>
 
 using namespace Qt::StringLiterals;
@@ -21,17 +23,58 @@ namespace vexcli {
 
 namespace {
 
+using Finding = vex::FormulaParser::Finding;
+
+/// A text and what was read of it.
 struct Reading
 {
     QString text;
+    QString problem; // why it cannot be read at all; empty when it can
     vex::FormulaParser::Check check;
-    double averageMass;
-    double monoisotopicMass;
+    QStringList leftOut; // symbols without a known mass, each once
+    double averageMass = 0.0; // daltons, of all but what is left out
+    double monoisotopicMass = 0.0;
+
+    /// The first place that makes the counts doubtful; null when there is none.
+    const Finding *doubt() const
+    {
+        const auto found =
+            std::find_if(check.findings.begin(), check.findings.end(), [](const Finding &finding) {
+                return finding.kind == Finding::DigitsJoined
+                    || finding.kind == Finding::CountChanged
+                    || finding.kind == Finding::LostBeforeSymbol
+                    || finding.kind == Finding::CountTailIgnored;
+            });
+        return found == check.findings.end() ? nullptr : &*found;
+    }
+    /// True when the masses are those of the formula that was written.
+    bool isWhole() const { return problem.isEmpty() && leftOut.isEmpty() && !doubt(); }
 };
 
-QString kindName(vex::FormulaParser::Finding::Kind kind)
+Reading read(const QString &text)
 {
-    using Finding = vex::FormulaParser::Finding;
+    Reading reading{text, {}, {}, {}, 0.0, 0.0};
+    auto check = vex::FormulaParser::checkFormula(text);
+    if (check.hasError()) {
+        reading.problem = check.error().message();
+        return reading;
+    }
+    reading.check = std::move(check).value();
+    for (const Finding &finding : std::as_const(reading.check.findings)) {
+        if (finding.kind == Finding::SymbolIgnored && !reading.leftOut.contains(finding.text))
+            reading.leftOut.append(finding.text);
+    }
+    QHash<vex::MolecularFormula::AtomType, double> counts;
+    std::ignore = vex::FormulaParser::molecularFormulaHashFromString(text, &counts); // checked
+    vex::MolecularFormula formula;
+    formula.setMolecularFormula(counts);
+    reading.averageMass = vex::MolecularMass::average(formula);
+    reading.monoisotopicMass = vex::MolecularMass::monoisotopic(formula);
+    return reading;
+}
+
+QString kindName(Finding::Kind kind)
+{
     switch (kind) {
     case Finding::CharacterDropped:
         return u"dropped"_s;
@@ -53,75 +96,116 @@ QString kindName(vex::FormulaParser::Finding::Kind kind)
 
 QByteArray asTable(const Reading &reading)
 {
+    QString text = headLine(reading.text);
+    if (!reading.problem.isEmpty())
+        return (text + reportLine(u"not readable"_s, reading.problem)).toUtf8();
     Table counts({u"element"_s, u"count"_s});
     for (auto entry = reading.check.counts.cbegin(); entry != reading.check.counts.cend(); ++entry)
-        counts.addRow({entry.key(), exactNumber(entry.value())});
-    QByteArray text = reading.text.toUtf8() + '\n' + counts.toText(2);
-    text += u"  average mass %1 Da, monoisotopic mass %2 Da\n"_s
-                .arg(fixedNumber(reading.averageMass, 4), fixedNumber(reading.monoisotopicMass, 4))
-                .toUtf8();
-    for (const auto &finding : reading.check.findings)
-        text += "  note: " + finding.message.toUtf8() + '\n';
-    return text;
+        counts.addRow({entry.key(), massNumber(entry.value())});
+    const QByteArray table = text.toUtf8() + counts.toText(2);
+    const QString rest =
+        reading.leftOut.isEmpty() ? QString() : " without "_L1 + reading.leftOut.join(", "_L1);
+    text.clear();
+    if (reading.doubt())
+        text += reportLine(u"masses"_s, u"none, the counts are not clear"_s);
+    else if (reading.check.counts.size() == reading.leftOut.size())
+        text += reportLine(u"masses"_s, u"none, no element has a known mass"_s);
+    else
+        text += reportLine(rest.isEmpty() ? u"average mass"_s : u"average, a part"_s,
+                    fixedNumber(reading.averageMass, 4) + " Da"_L1 + rest)
+            + reportLine(rest.isEmpty() ? u"monoisotopic mass"_s : u"monoisotopic, a part"_s,
+                fixedNumber(reading.monoisotopicMass, 4) + " Da"_L1 + rest);
+    for (const Finding &finding : reading.check.findings)
+        text += reportLine(u"note"_s, finding.message);
+    return table + text.toUtf8();
 }
 
 QJsonObject asJson(const Reading &reading)
 {
+    QJsonObject object{{u"formula"_s, reading.text}, {u"isWhole"_s, reading.isWhole()}};
+    if (!reading.problem.isEmpty()) {
+        object.insert(u"error"_s, reading.problem);
+        return object;
+    }
     QJsonObject counts;
     for (auto entry = reading.check.counts.cbegin(); entry != reading.check.counts.cend(); ++entry)
         counts.insert(entry.key(), entry.value());
     QJsonArray findings;
-    for (const auto &finding : reading.check.findings) {
+    for (const Finding &finding : reading.check.findings)
         findings.append(
             QJsonObject{{u"kind"_s, kindName(finding.kind)}, {u"position"_s, finding.position},
                 {u"text"_s, finding.text}, {u"message"_s, finding.message}});
+    object.insert(u"counts"_s, counts);
+    object.insert(u"findings"_s, findings);
+    object.insert(u"leftOut"_s, QJsonArray::fromStringList(reading.leftOut));
+    // a mass only where it is that of the whole; that of a part has keys of its own
+    const bool isPart = !reading.leftOut.isEmpty() && !reading.doubt();
+    const auto given = [](bool isGiven, double mass) {
+        return isGiven ? QJsonValue(mass) : QJsonValue();
+    };
+    object.insert(u"averageMassDa"_s, given(reading.isWhole(), reading.averageMass));
+    object.insert(u"monoisotopicMassDa"_s, given(reading.isWhole(), reading.monoisotopicMass));
+    object.insert(u"partAverageMassDa"_s, given(isPart, reading.averageMass));
+    object.insert(u"partMonoisotopicMassDa"_s, given(isPart, reading.monoisotopicMass));
+    return object;
+}
+
+void writeCsv(const QList<Reading> &readings, Output *output)
+{
+    output->write("formula,element,count\n");
+    for (const Reading &reading : readings) {
+        const auto &counts = reading.check.counts;
+        for (auto entry = counts.cbegin(); entry != counts.cend(); ++entry)
+            output->write((csvField(reading.text) + u',' + csvField(entry.key()) + u','
+                + exactNumber(entry.value()) + u'\n')
+                              .toUtf8());
     }
-    return {{u"formula"_s, reading.text}, {u"counts"_s, counts}, {u"findings"_s, findings},
-        {u"averageMass"_s, reading.averageMass}, {u"monoisotopicMass"_s, reading.monoisotopicMass}};
+}
+
+void declare(CommandLine *commandLine)
+{
+    commandLine->describe(
+        u"Shows how formulas are read: the count of each element, the masses, and what the reading leaves out."_s,
+        {u"vex formula C6H12O6"_s, u"vex formula --json C8H10N4O2 C6H5Cl"_s},
+        u"Masses are known of C, H, O, N, S, P and Na. Where a formula holds other elements, the "
+        "mass is called that of a part. There are no groups: C(H3)2 is not understood as two CH3, "
+        "and a formula whose counts are not clear gets no mass. The exit code is 1 when a formula "
+        "has no mass or that of a part only.\n"
+        "Positions count from 1 in messages, from 0 in JSON."_s);
+    commandLine->addPositional(u"TEXT"_s, u"Formula, such as C6H12O6."_s, u"TEXT..."_s);
+    commandLine->addOutputOption(
+        u"Writes the counts to FILE as CSV instead of printing tables; with --json, JSON."_s);
+}
+
+vex::Error run(const CommandLine &commandLine, Results *results)
+{
+    if (commandLine.positional().isEmpty())
+        return usageFailure(commandLine.withHint(u"no formula given"_s));
+    QList<Reading> readings;
+    for (const QString &text : commandLine.positional())
+        readings.append(read(text));
+    if (commandLine.isJson()) {
+        JsonArrayWriter json(results->file() ? results->file() : results->standard());
+        for (const Reading &reading : std::as_const(readings))
+            json.add(asJson(reading));
+        json.end();
+    } else if (results->file()) {
+        writeCsv(readings, results->file());
+    } else {
+        for (const Reading &reading : std::as_const(readings))
+            results->print(asTable(reading));
+    }
+    const auto notWhole = std::count_if(readings.begin(), readings.end(),
+        [](const Reading &reading) { return !reading.isWhole(); });
+    if (notWhole > 0)
+        results->setVerdict(failure(u"%1 of %2 without a mass of the whole"_s.arg(
+            QString::number(notWhole), counted(readings.size(), u"formula"_s))));
+    return vex::ErrorCode::NoError;
 }
 
 } // namespace
 
-vex::Error runFormula(const QStringList &arguments)
-{
-    CommandLine commandLine(u"formula"_s,
-        u"Shows how formula texts are read: the count of each element, and what the tolerant "
-        u"grammar "
-        "dropped or ignored. Masses count the elements C, H, O, N, S, P and Na. Positions in JSON "
-        "count from 0, those in messages from 1."_s);
-    commandLine.addPositional(u"TEXT"_s, u"Formula text, such as C6H12O6."_s, u"TEXT..."_s);
-    commandLine.addOption({u"o"_s, u"output"_s}, u"Writes to FILE."_s, u"FILE"_s);
-    if (auto error = commandLine.parse(arguments); error.hasError() || commandLine.isHelpShown())
-        return error;
-    if (commandLine.positional().isEmpty())
-        return usageFailure(u"no formula text given (see vex formula --help)"_s);
-
-    QList<Reading> readings;
-    for (const QString &text : commandLine.positional()) {
-        auto check = vex::FormulaParser::checkFormula(text);
-        if (check.hasError())
-            return passedOn(std::move(check).error());
-        QHash<vex::MolecularFormula::AtomType, double> counts;
-        std::ignore = vex::FormulaParser::molecularFormulaHashFromString(text, &counts); // checked
-        vex::MolecularFormula formula;
-        formula.setMolecularFormula(counts);
-        readings.append({text, std::move(check).value(), vex::MolecularMass::average(formula),
-            vex::MolecularMass::monoisotopic(formula)});
-    }
-
-    auto output = Output::open(commandLine.value(u"output"_s));
-    if (output.hasError())
-        return passedOn(std::move(output).error());
-    if (commandLine.isSet(u"json"_s)) {
-        QJsonArray array;
-        for (const Reading &reading : readings)
-            array.append(asJson(reading));
-        output.value()->write(QJsonDocument(array).toJson());
-    } else {
-        for (const Reading &reading : readings)
-            output.value()->write(asTable(reading));
-    }
-    return passedOn(output.value()->commit());
-}
+const Command kFormulaCommand{"formula"_L1,
+    "how formulas are read, their masses, and what is left out"_L1, declare, run, false};
 
 } // namespace vexcli

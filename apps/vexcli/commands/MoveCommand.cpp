@@ -1,22 +1,25 @@
-#include "commands/Commands.h"
+#include "commands/Command.h"
 
 #include "commands/CommandLine.h"
 #include "Failure.h"
+#include "output/Json.h"
+#include "output/Messages.h"
 #include "output/Output.h"
 #include "output/Progress.h"
 #include "output/Table.h"
+#include "output/Text.h"
 
 #include <vex/FileUtilsGeneric.h>
 
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
 
 #include <algorithm>
 #include <optional>
+#include <tuple>
 
 using namespace Qt::StringLiterals;
 
@@ -33,7 +36,7 @@ struct Request
 {
     QString source;
     QString destination;
-    QString stepsFile; // CSV
+    QStringList files; // that are written
     bool mustDelete = true;
     bool followsLinks = false;
     bool isJson = false;
@@ -96,12 +99,6 @@ QString whatOf(const Step &step)
     return !step.link.isEmpty() ? u"link"_s : step.isFolder ? u"folder"_s : u"file"_s;
 }
 
-/// "1 file", "2 files"
-QString counted(qint64 count, const QString &what)
-{
-    return count == 1 ? "1 "_L1 + what : QString::number(count) + u' ' + what + u's';
-}
-
 QString amountOf(const vex::MoveReport &report, Step::Kind kind)
 {
     QStringList parts;
@@ -132,10 +129,10 @@ QByteArray asText(const Request &request, const Outcome &outcome)
     }
     Table left({u"left behind"_s, u"bytes"_s, u"path"_s, u"reason"_s});
     for (const Step &step : report.steps.last(all).first(std::min(all, kMostShown)))
-        left.addRow({whatOf(step), step.isFolder ? QString() : QString::number(step.bytes),
-            shownText(step.source),
-            (step.destination.isEmpty() ? QString() : u"copied, but not deleted: "_s)
-                + shownText(step.reason)});
+        left.addRow(
+            {whatOf(step), step.isFolder ? QString() : QString::number(step.bytes), step.source,
+                (step.destination.isEmpty() ? QString() : u"copied, but not deleted: "_s)
+                    + step.reason});
     QByteArray bytes = text.toUtf8();
     if (!left.isEmpty())
         bytes += left.toText(2);
@@ -157,7 +154,7 @@ QByteArray asJson(const Request &request, const Outcome &outcome)
         object.insert(u"error"_s, outcome.problem);
     if (!outcome.hint.isEmpty())
         object.insert(u"hint"_s, outcome.hint);
-    return QJsonDocument(object).toJson();
+    return jsonText(object);
 }
 
 void writeCsv(const vex::MoveReport &report, Output *output)
@@ -191,7 +188,7 @@ QString hintFor(
         hint = isUnfinished ? "once that is put right, "_L1 + goOn : u"see what was left behind"_s;
     if (isNew && !isTwice)
         hint += u"; to undo, move %1 back"_s.arg(request.destination);
-    return shownText(hint);
+    return hint;
 }
 
 /// Moves the folder. @p refused gets a link that must not be followed; nothing has changed then.
@@ -225,7 +222,7 @@ Outcome move(const Request &request, QString *refused)
         }
     } else if (outcome.error.hasError()) {
         const QStringList reasons = QStringList{outcome.error.message()} + outcome.error.warnings();
-        outcome.problem = shownText(reasons.join(": "_L1));
+        outcome.problem = reasons.join(": "_L1);
         outcome.hint = hintFor(request, outcome.report, isUnfinished || isInterrupted(), isNew);
     }
     return outcome;
@@ -233,116 +230,95 @@ Outcome move(const Request &request, QString *refused)
 
 vex::Error check(const Request &request)
 {
-    const auto &[source, destination, stepsFile] =
-        std::tie(request.source, request.destination, request.stepsFile);
+    const auto &[source, destination] = std::tie(request.source, request.destination);
     const QFileInfo from(source);
     const QFileInfo to(destination);
     if (!from.isDir())
-        return failure(u"cannot move %1: %2"_s.arg(shownText(source),
-            from.exists() ? u"it is not a folder"_s : u"there is no such folder"_s));
+        return failure(u"cannot move %1: %2"_s.arg(
+            source, from.exists() ? u"it is not a folder"_s : u"there is no such folder"_s));
     if (to.exists() && !to.isDir())
-        return failure(
-            u"cannot move %1: %2 is not a folder"_s.arg(shownText(source), shownText(destination)));
+        return failure(u"cannot move %1: %2 is not a folder"_s.arg(source, destination));
     using vex::FileUtilsGeneric;
     if (FileUtilsGeneric::identity(source) == FileUtilsGeneric::identity(destination))
-        return usageFailure(
-            u"%1 and %2 are the same folder"_s.arg(shownText(source), shownText(destination)));
+        return usageFailure(u"%1 and %2 are the same folder"_s.arg(source, destination));
     if (FileUtilsGeneric::isWithin(destination, source))
-        return usageFailure(u"cannot move %1 into itself: %2 lies in it"_s.arg(
-            shownText(source), shownText(destination)));
-    if (stepsFile.isEmpty())
-        return vex::ErrorCode::NoError;
-    for (const QString &folder : {source, destination}) {
-        if (FileUtilsGeneric::isWithin(stepsFile, folder)
-            || FileUtilsGeneric::isWithin(folder, stepsFile))
-            return usageFailure(u"cannot write the steps to %1: %2 is moved or filled"_s.arg(
-                shownText(stepsFile), shownText(folder)));
+        return usageFailure(
+            u"cannot move %1 into itself: %2 lies in it"_s.arg(source, destination));
+    for (const QString &file : request.files) {
+        for (const QString &folder : {source, destination}) {
+            if (FileUtilsGeneric::isWithin(file, folder)
+                || FileUtilsGeneric::isWithin(folder, file))
+                return usageFailure(
+                    u"cannot write to %1: %2 is moved or filled"_s.arg(file, folder));
+        }
     }
     return vex::ErrorCode::NoError;
 }
 
-vex::Error runRequest(const Request &request)
+void declare(CommandLine *commandLine)
 {
-    std::shared_ptr<Output> outputs[2]; // the steps and the summary, opened before the work
-    for (const bool isSummary : {false, true}) {
-        if (!isSummary && request.stepsFile.isEmpty())
-            continue;
-        auto output = Output::open(isSummary ? QString() : request.stepsFile);
-        if (output.hasError())
-            return passedOn(std::move(output).error());
-        outputs[isSummary ? 1 : 0] = output.value();
+    commandLine->describe(
+        u"Moves a folder and everything in it, so that it is called DESTINATION afterwards."_s,
+        {u"vex move old/run1 archive/run1"_s, u"vex move run1 /media/disk/run1 -o steps.csv"_s},
+        u"The folder is renamed where that works. Otherwise, as from one drive to another, its "
+        u"files "
+        "are copied and then deleted, one after another. A file is deleted only when its copy is "
+        "complete. A DESTINATION that is a folder already takes the content in. Nothing in it is "
+        "overwritten: a file that is there already ends the move. Hidden files are moved only when "
+        "the folder around them can be renamed.\n"
+        "Ctrl-C ends the move between two files; the same command goes on later. The summary tells "
+        "what was done and what was left behind."_s);
+    commandLine->addPositional(u"SOURCE"_s, u"The folder to move."_s, u"SOURCE"_s);
+    commandLine->addPositional(u"DESTINATION"_s,
+        u"What it is to be called, not where it is put into."_s, u"DESTINATION"_s);
+    commandLine->addFlag(u"keep-undeletable"_s,
+        u"Does not fail when everything could be copied, but not everything deleted at the source."_s);
+    commandLine->addFlag(u"follow-links"_s,
+        u"Moves the content of the folders that symbolic links lead to, where SOURCE cannot be "
+        "renamed. Without this a tree with such a link stays as it is."_s);
+    commandLine->addOutputOption(
+        u"Writes every step in order to FILE as CSV, also when the move fails: kind, what, source, "
+        "destination, bytes, reason, and what a link holds. --json does not change it."_s);
+}
+
+vex::Error run(const CommandLine &commandLine, Results *results)
+{
+    const QStringList folders = commandLine.positional();
+    if (folders.size() != 2)
+        return usageFailure(commandLine.withHint(u"give a source and a destination"_s));
+    if (folders.contains(QString()))
+        return usageFailure(u"an empty text is no folder"_s);
+    Request request{folders[0], folders[1], {}, !commandLine.isSet(u"keep-undeletable"_s),
+        commandLine.isSet(u"follow-links"_s), commandLine.isJson()};
+    for (const QString &file : commandLine.outputFiles()) {
+        if (!file.isEmpty() && file != "-"_L1)
+            request.files.append(file);
     }
+    if (auto error = check(request); error.hasError())
+        return passedOn(std::move(error));
 
     QString link;
     const Outcome outcome = move(request, &link);
     if (!link.isEmpty())
-        return failure(u"%1 cannot be renamed as a whole, and the folder that the link %2 leads to "
-                       "would be emptied (--follow-links allows that)"_s.arg(
-                           shownText(request.source), shownText(link)));
-
-    vex::Error error = outcome.error;
-    if (error.hasError()) {
-        const QString text =
-            outcome.hint.isEmpty() ? outcome.problem : outcome.problem + u'\n' + outcome.hint;
-        vex::Error told(error.code(), text);
-        for (const auto &place : error.trace())
+        return failure(u"%1 cannot be renamed, and the folder that the link %2 leads to would be "
+                       "emptied (--follow-links allows that)"_s.arg(request.source, link));
+    if (results->file())
+        writeCsv(outcome.report, results->file());
+    results->print(request.isJson ? asJson(request, outcome) : asText(request, outcome));
+    if (outcome.error.hasError()) {
+        vex::Error told(outcome.error.code(), outcome.problem);
+        for (const auto &place : outcome.error.trace())
             told.ecatch(place.function.toUtf8(), place.file.toUtf8(), place.line);
-        error = told;
+        if (!outcome.hint.isEmpty())
+            told.addWarning(outcome.hint);
+        results->setVerdict(passedOn(std::move(told)));
     }
-    if (outputs[0])
-        writeCsv(outcome.report, outputs[0].get());
-    outputs[1]->write(request.isJson ? asJson(request, outcome) : asText(request, outcome));
-    for (const auto &output : outputs) {
-        if (!output)
-            continue;
-        auto problem = output->commit();
-        if (problem.hasError() && error.hasError())
-            qWarning("%s", qUtf8Printable(problem.message()));
-        else if (problem.hasError())
-            error = problem;
-    }
-    return passedOn(std::move(error));
+    return vex::ErrorCode::NoError;
 }
 
 } // namespace
 
-vex::Error runMove(const QStringList &arguments)
-{
-    CommandLine commandLine(u"move"_s,
-        u"Moves a folder and everything in it, so that it is called DESTINATION afterwards: by "
-        "renaming where that works, otherwise, as from one drive to another, by copying and "
-        "deleting, file after file. A file is deleted only when its copy is complete. A "
-        "DESTINATION that is a folder already takes the content in; nothing in it is overwritten, "
-        "a file that is there already ends the move. Hidden files are moved only when the folder "
-        "around them can be renamed as a whole. Ctrl-C ends the move between two files; the same "
-        "command goes on later. The summary tells what was done and what was left behind."_s);
-    commandLine.addPositional(u"SOURCE"_s, u"The folder to move."_s, u"SOURCE"_s);
-    commandLine.addPositional(u"DESTINATION"_s,
-        u"What it is to be called, not where it is put into."_s, u"DESTINATION"_s);
-    commandLine.addFlag(u"keep-undeletable"_s,
-        u"Does not fail when everything could be copied, but not everything deleted at the source."_s);
-    commandLine.addFlag(u"follow-links"_s,
-        u"Moves the content of the folders that symbolic links lead to, where SOURCE cannot be "
-        "renamed as a whole. Without this a tree with such a link stays as it is then."_s);
-    commandLine.addOption({u"o"_s, u"output"_s},
-        u"Writes every step in order to FILE as CSV, also when the move fails: kind, what, source, "
-        "destination, bytes, reason, and what a link holds. --json does not change it."_s,
-        u"FILE"_s);
-    if (auto error = commandLine.parse(arguments); error.hasError() || commandLine.isHelpShown())
-        return error;
-    const QStringList folders = commandLine.positional();
-    if (folders.size() != 2)
-        return usageFailure(u"give a source and a destination (see vex move --help)"_s);
-    if (folders.contains(QString()))
-        return usageFailure(u"an empty text is no folder"_s);
-    if (commandLine.isSet(u"output"_s) && commandLine.value(u"output"_s).isEmpty())
-        return usageFailure(u"--output needs the name of a file"_s);
-    const Request request{folders[0], folders[1], commandLine.value(u"output"_s),
-        !commandLine.isSet(u"keep-undeletable"_s), commandLine.isSet(u"follow-links"_s),
-        commandLine.isSet(u"json"_s)};
-    if (auto error = check(request); error.hasError())
-        return passedOn(std::move(error));
-    return passedOn(runRequest(request));
-}
+const Command kMoveCommand{
+    "move"_L1, "a folder to another place, telling every step"_L1, declare, run, true};
 
 } // namespace vexcli

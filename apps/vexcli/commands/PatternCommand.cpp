@@ -1,21 +1,24 @@
-#include "commands/Commands.h"
+#include "commands/Command.h"
 
-#include "commands/CommandLine.h"
 #include "Failure.h"
-#include "input/Fasta.h"
-#include "input/NumberFile.h"
-#include "output/Output.h"
+#include "commands/CommandLine.h"
 #include "commands/PatternModel.h"
+#include "input/Columns.h"
+#include "input/Fasta.h"
+#include "input/MassFile.h"
+#include "output/Json.h"
+#include "output/Messages.h"
+#include "output/Output.h"
 #include "output/Plot.h"
 #include "output/Progress.h"
 #include "output/Table.h"
+#include "output/Text.h"
 
 #include <vex/FileUtilsGeneric.h>
 #include <vex/MolecularMass.h>
 
 #include <QHash>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
 
@@ -29,8 +32,9 @@ namespace vexcli {
 
 namespace {
 
-constexpr auto kNamePlaceholder = "{name}"_L1;
 constexpr qsizetype kMostPlotted = 12; // patterns in one plot that a reader can still tell apart
+constexpr qsizetype kMostWarnings = 20; // about sequences with odd residues
+constexpr double kUsualShare = 0.001; // lowest in a table
 
 /// What to predict a pattern for.
 struct Molecule
@@ -38,28 +42,54 @@ struct Molecule
     QString name;
     double mass = 0.0; // average, daltons
     std::optional<Protein> protein;
+
+    /// Name and mass.
+    QString label() const
+    {
+        return protein ? u"%1, %2 Da"_s.arg(name, fixedNumber(mass, 1)) : name;
+    }
 };
 
+/// A pattern and what it is of.
 struct Pattern : Prediction
 {
     const Molecule *molecule = nullptr;
+    QString composition;
+    bool isOwn = false; // that of the sequence
 };
 
-vex::Result<QList<Molecule>> moleculesFrom(const CommandLine &commandLine)
+vex::Result<QList<Molecule>> moleculesOfSequences(const QString &path, BadRecords *bad)
 {
+    auto proteins = readFasta(path, bad);
+    if (proteins.hasError())
+        return passedOn(std::move(proteins).error());
     QList<Molecule> molecules;
-    if (commandLine.isSet(u"fasta"_s)) {
-        if (!commandLine.positional().isEmpty())
-            return usageFailure(
-                u"unexpected argument '%1'"_s.arg(commandLine.positional().constFirst()));
-        auto proteins = readFasta(commandLine.value(u"fasta"_s));
-        if (proteins.hasError())
-            return passedOn(std::move(proteins).error());
-        for (const QString &warning : proteins.warnings())
-            qWarning("%s", qUtf8Printable(warning));
-        for (const Protein &protein : proteins.value())
-            molecules.append(
-                {protein.name, vex::MolecularMass::average(formulaOf(protein)), protein});
+    qsizetype oddCount = 0;
+    for (const Protein &protein : std::as_const(proteins).value()) {
+        molecules.append({protein.name, vex::MolecularMass::average(formulaOf(protein)), protein});
+        if (protein.odd.isEmpty() || ++oddCount > kMostWarnings)
+            continue;
+        for (const OddResidue &residue : oddResiduesOf(protein))
+            warn(u"%1: %2 at %3: %4"_s.arg(protein.name, QLatin1StringView(&residue.code, 1),
+                counted(residue.count, u"place"_s), residue.text));
+    }
+    if (oddCount > kMostWarnings)
+        warn(u"%1 with B, U, X or Z; --json tells of each"_s.arg(
+            counted(oddCount - kMostWarnings, u"more sequence"_s)));
+    return molecules;
+}
+
+vex::Result<QList<Molecule>> moleculesFrom(const CommandLine &commandLine, BadRecords *bad)
+{
+    if (commandLine.isSet(u"fasta"_s))
+        return passedOn(moleculesOfSequences(commandLine.value(u"fasta"_s), bad));
+    QList<Molecule> molecules;
+    if (commandLine.isSet(u"masses"_s)) {
+        auto masses = readMasses(commandLine, commandLine.value(u"masses"_s), bad);
+        if (masses.hasError())
+            return passedOn(std::move(masses).error());
+        for (const double mass : std::as_const(masses).value())
+            molecules.append({massNumber(mass) + " Da"_L1, mass, std::nullopt});
         return molecules;
     }
     for (const QString &text : commandLine.values(u"mass"_s) + commandLine.positional()) {
@@ -69,14 +99,6 @@ vex::Result<QList<Molecule>> moleculesFrom(const CommandLine &commandLine)
         molecules.append({u"%1 Da"_s.arg(text), mass.value(), std::nullopt});
     }
     return molecules;
-}
-
-/// Name and mass.
-QString labelOf(const Molecule &molecule)
-{
-    if (!molecule.protein)
-        return molecule.name;
-    return u"%1, %2 Da"_s.arg(molecule.name, fixedNumber(molecule.mass, 1));
 }
 
 /// @p mass, and how far it is from what was published, if anything.
@@ -95,65 +117,75 @@ QString massText(double mass, std::optional<double> published)
 class Report
 {
 public:
-    Report(std::shared_ptr<PatternModel> model, double minimalShare,
-        QHash<QString, PublishedMasses> published)
-        : m_model(std::move(model))
+    Report(const PatternModel &model, double minimalShare,
+        const QHash<QString, PublishedMasses> &published)
+        : m_model(model)
         , m_minimalShare(minimalShare)
-        , m_published(std::move(published))
+        , m_published(published)
     {
     }
 
     QByteArray asTable(const Pattern &pattern) const
     {
         const Molecule &molecule = *pattern.molecule;
-        QString text = molecule.name + u'\n';
+        QString text = headLine(molecule.name);
         if (molecule.protein) {
-            const auto formula = formulaOf(*molecule.protein);
-            const double mono = vex::MolecularMass::monoisotopic(formula);
             const auto published = m_published.constFind(molecule.name);
             const bool isKnown = published != m_published.constEnd();
+            using Mass = std::optional<double>;
             text += reportLine(u"sequence"_s,
-                u"%1 residues, %2"_s.arg(
-                    QString::number(molecule.protein->length), formulaText(*molecule.protein)));
-            text += reportLine(u"average mass"_s,
-                massText(molecule.mass, isKnown ? published->average : std::optional<double>()));
-            text += reportLine(u"monoisotopic mass"_s,
-                massText(mono, isKnown ? published->monoisotopic : std::optional<double>()));
+                        u"%1, %2"_s.arg(counted(molecule.protein->length, u"residue"_s),
+                            formulaText(*molecule.protein)))
+                + reportLine(u"average mass"_s,
+                    massText(molecule.mass, isKnown ? Mass(published->average) : Mass()))
+                + reportLine(u"monoisotopic mass"_s,
+                    massText(monoisotopicMass(molecule),
+                        isKnown ? Mass(published->monoisotopic) : Mass()));
         }
+        text += reportLine(u"pattern of"_s,
+            pattern.isOwn          ? u"the sequence's own composition"_s
+                : molecule.protein ? pattern.composition + ", not the sequence's own"_L1
+                                   : pattern.composition);
         if (pattern.gridMass)
             text += reportLine(u"nearest grid point"_s, massNumber(*pattern.gridMass) + " Da"_L1);
-        text += signalLines(pattern);
-        return text.toUtf8() + peakTable(pattern.shares, pattern.best, m_minimalShare) + '\n';
+        return (text + pattern.lines()).toUtf8() + pattern.table(m_minimalShare) + '\n';
     }
 
     QJsonObject asJson(const Pattern &pattern) const
     {
         const Molecule &molecule = *pattern.molecule;
-        QJsonArray shares;
-        for (const double share : pattern.shares)
-            shares.append(share);
-        QJsonObject object{{u"name"_s, molecule.name}, {u"averageMass"_s, molecule.mass},
-            {u"bestIndex"_s, pattern.best}, {u"coverage"_s, pattern.coverage},
-            {u"intensities"_s, shares}, {u"model"_s, m_model->name()}};
-        if (pattern.gridMass)
-            object.insert(u"gridMass"_s, *pattern.gridMass);
-        if (m_model->name() == "list"_L1)
-            object.insert(u"capacity"_s, shares.size());
-        if (molecule.protein) {
-            object.insert(u"residues"_s, molecule.protein->length);
-            object.insert(u"formula"_s, formulaText(*molecule.protein));
-            object.insert(u"monoisotopicMass"_s,
-                vex::MolecularMass::monoisotopic(formulaOf(*molecule.protein)));
+        QJsonObject object = pattern.json();
+        object.insert(u"name"_s, molecule.name);
+        object.insert(u"averageMassDa"_s, molecule.mass);
+        object.insert(u"model"_s, m_model.name());
+        object.insert(u"composition"_s, pattern.composition);
+        if (!molecule.protein)
+            return object;
+        object.insert(u"isOwnComposition"_s, pattern.isOwn);
+        object.insert(u"residueCount"_s, molecule.protein->length);
+        object.insert(u"formula"_s, formulaText(*molecule.protein));
+        object.insert(u"monoisotopicMassDa"_s, monoisotopicMass(molecule));
+        QJsonArray odd;
+        for (const OddResidue &residue : oddResiduesOf(*molecule.protein)) {
+            const auto number = [](std::optional<double> mass) {
+                return mass ? QJsonValue(*mass) : QJsonValue();
+            };
+            odd.append(QJsonObject{{u"residue"_s, QString(QLatin1Char(residue.code))},
+                {u"count"_s, residue.count}, {u"note"_s, residue.text},
+                {u"missingAverageMassDa"_s, number(residue.missingAverageMass)},
+                {u"missingMonoisotopicMassDa"_s, number(residue.missingMonoisotopicMass)}});
         }
+        object.insert(u"oddResidues"_s, odd);
         return object;
     }
 
-    static QByteArray csvTitle() { return "name,average_mass_Da,shift_Da,share\n"; }
+    static QByteArray csvTitle() { return "name,composition,average_mass_Da,shift_Da,share\n"; }
 
     static QByteArray asCsv(const Pattern &pattern)
     {
-        const QByteArray start = csvField(pattern.molecule->name).toUtf8() + ','
-            + exactNumber(pattern.molecule->mass).toUtf8() + ',';
+        const QByteArray start = (csvField(pattern.molecule->name) + u','
+            + csvField(pattern.composition) + u',' + exactNumber(pattern.molecule->mass) + u',')
+                                     .toUtf8();
         QByteArray text;
         for (int i = 0; i < pattern.shares.size(); ++i)
             text += start + QByteArray::number(i) + ',' + exactNumber(pattern.shares[i]).toUtf8()
@@ -162,40 +194,46 @@ public:
     }
 
 private:
-    std::shared_ptr<PatternModel> m_model;
+    static double monoisotopicMass(const Molecule &molecule)
+    {
+        return vex::MolecularMass::monoisotopic(formulaOf(*molecule.protein));
+    }
+
+    const PatternModel &m_model;
     double m_minimalShare;
-    QHash<QString, PublishedMasses> m_published;
+    const QHash<QString, PublishedMasses> &m_published;
 };
 
-/// The plots of one run, opened before the work begins and drawn behind it.
+/// The plots of one run: one for all patterns, or one each where the path holds {name}.
 class Plots
 {
 public:
-    /// @param path  one file for all patterns, or one each where it holds {name}
-    vex::Error open(const QString &path, const QList<Molecule> &molecules)
+    vex::Error plan(const QString &path, const QList<Molecule> &molecules)
     {
         if (path.isEmpty())
             return vex::ErrorCode::NoError;
-        if (auto error = checkPlotPath(path); error.hasError())
-            return passedOn(std::move(error));
         m_isOneEach = path.contains(kNamePlaceholder);
         if (!m_isOneEach && molecules.size() > kMostPlotted)
             return usageFailure(
                 u"%1 patterns are too many for one plot: write {name} into the file name for one each"_s
                     .arg(molecules.size()));
+        if (!m_isOneEach) {
+            m_plots.append({path, {}, {}});
+            return vex::ErrorCode::NoError;
+        }
         QSet<QString> files;
-        for (qsizetype i = 0; i < (m_isOneEach ? molecules.size() : 1); ++i) {
+        for (const Molecule &molecule : molecules) {
             QString filled = path;
-            if (m_isOneEach)
-                filled.replace(kNamePlaceholder, fileNameFor(molecules[i].name));
+            filled.replace(kNamePlaceholder, fileNameFor(molecule.name));
             const QString file = vex::FileUtilsGeneric::identity(filled);
             if (files.contains(file))
                 return failure(u"two patterns would be drawn into %1"_s.arg(filled));
             files.insert(file);
-            auto output = Output::open(filled);
-            if (output.hasError())
-                return passedOn(std::move(output).error());
-            m_plots.append({filled, output.value(), {}});
+            if (auto error = requireWritable(filled); error.hasError())
+                return passedOn(std::move(error));
+            if (isInterrupted())
+                return interrupted();
+            m_plots.append({filled, {}, {}});
         }
         return vex::ErrorCode::NoError;
     }
@@ -204,42 +242,35 @@ public:
     {
         if (m_plots.isEmpty())
             return;
-        m_plots[m_isOneEach ? index : 0].patterns.append(
-            {labelOf(*pattern.molecule), pattern.shares});
+        Plot &plot = m_plots[m_isOneEach ? index : 0];
+        plot.patterns.append({pattern.molecule->label(), pattern.shares});
+        const QString composition = pattern.isOwn ? u"own composition"_s : pattern.composition;
+        if (!plot.compositions.contains(composition))
+            plot.compositions.append(composition);
     }
 
-    vex::Error draw(const QString &composition)
+    void handOut(Results *results)
     {
-        for (Plot &plot : m_plots) {
-            const PlottedPattern &first = plot.patterns.constFirst();
-            const QString title = plot.patterns.size() > 1
-                ? u"Isotope patterns, %1"_s.arg(composition)
-                : u"Isotope pattern of %1, %2"_s.arg(first.label, composition);
-            auto picture = drawPatterns(plot.path, title, plot.patterns, PlotStyle::Bars);
-            if (picture.hasError())
-                return passedOn(std::move(picture).error());
-            plot.output->write(picture.value());
+        for (const Plot &plot : std::as_const(m_plots)) {
+            const QString title = (plot.patterns.size() > 1 ? u"Isotope patterns"_s
+                                                            : u"Isotope pattern of %1"_s.arg(
+                                                                plot.patterns.constFirst().label))
+                + ", "_L1 + plot.compositions.join(", "_L1);
+            results->addPlot(plot.path, [plot, title](const QString &path) {
+                return drawPatterns(path, title, plot.patterns, PlotStyle::Bars);
+            });
         }
-        return vex::ErrorCode::NoError;
-    }
-
-    vex::Error commit()
-    {
-        for (Plot &plot : m_plots) {
-            if (auto error = plot.output->commit(); error.hasError())
-                return passedOn(std::move(error));
-        }
-        return vex::ErrorCode::NoError;
     }
 
 private:
     struct Plot
     {
         QString path;
-        std::shared_ptr<Output> output;
         QList<PlottedPattern> patterns;
+        QStringList compositions; // each once
     };
 
+    /// @p name as the name of a file in the folder that the path names, and in no other.
     static QString fileNameFor(const QString &name)
     {
         QString result = name;
@@ -247,61 +278,82 @@ private:
             if (!character.isLetterOrNumber() && !u"-._"_s.contains(character))
                 character = u'_';
         }
-        return result;
+        const bool isDots = result.count(u'.') == result.size();
+        return isDots ? QString(std::max<qsizetype>(1, result.size()), u'_') : result;
     }
 
     bool m_isOneEach = false;
     QList<Plot> m_plots;
 };
 
-} // namespace
-
-vex::Error runPattern(const QStringList &arguments)
+void declare(CommandLine *commandLine)
 {
-    CommandLine commandLine(u"pattern"_s,
-        u"Predicts isotope patterns from average masses, or from the protein sequences of a FASTA "
-        "file, whose residues are summed by the library's table. A share is a part of the whole "
-        "signal. The 100 peaks of the classic model end to hold it all above about 100 kDa; the "
-        "list "
-        "model takes as many as it is told to."_s);
-    addModelOptions(&commandLine);
-    commandLine.addOption({u"mass"_s}, u"Average mass in Da; more may follow."_s, u"M"_s);
-    commandLine.addPositional(u"M"_s, u"More masses."_s, u"[M...]"_s);
-    commandLine.addOption({u"fasta"_s}, u"Protein sequences."_s, u"FILE"_s);
-    commandLine.addOption({u"published"_s},
+    commandLine->describe(
+        u"Predicts isotope patterns from average masses, or from protein sequences."_s,
+        {u"vex pattern 1000"_s, u"vex pattern --fasta proteins.fasta --plot '{name}.svg'"_s,
+            u"vex pattern --masses list.csv --column mass -o peaks.csv"_s},
+        u"A sequence's pattern is that of its own composition, which is summed from its residues; "
+        "with --averagine or --formula it is that of an average composition. The pattern of a mass "
+        "alone is that of modern averagine, or of the composition given. Residues are capitals; a "
+        "few small letters among capitals are refused, since they mark a modification.\n"
+        "A share is a part of the whole signal. The first peak is the monoisotopic one. The "
+        "classic model holds 100 peaks, which is all of the signal up to about 100 kDa."_s);
+    commandLine->addPositional(u"M"_s, u"Average masses in Da."_s, u"[M...]"_s);
+    commandLine->addRepeatableOption({u"mass"_s}, u"Average mass in Da, as M."_s, u"M"_s);
+    commandLine->addInputOption(u"masses"_s, u"Average masses in Da, one in a line."_s);
+    commandLine->addInputOption(u"fasta"_s, u"Protein sequences."_s);
+    commandLine->addInputOption(u"published"_s,
         u"Compares the masses of the sequences with those of a CSV file: name, average, "
-        "monoisotopic."_s,
-        u"FILE"_s);
-    commandLine.addOption({u"min-share"_s},
-        u"Lowest share of a peak in the table, 0 to 1 (default 0.001)."_s, u"SHARE"_s);
-    commandLine.addOption({u"o"_s, u"output"_s},
-        u"Writes all peaks of each pattern to FILE as CSV, besides the table; with --json, the "
-        "JSON goes there instead of to standard output."_s,
-        u"FILE"_s);
-    commandLine.addOption({u"plot"_s},
-        u"Draws the patterns into FILE (.svg or .png); with {name} in it, one file for each."_s,
-        u"FILE"_s);
-    if (auto error = commandLine.parse(arguments); error.hasError() || commandLine.isHelpShown())
-        return error;
-    if (auto error = commandLine.requireOneOf({u"mass"_s, u"fasta"_s}); error.hasError())
-        return error;
+        "monoisotopic."_s);
+    addColumnsOptions(commandLine, u"that with the masses"_s);
+    commandLine->addFlag(
+        u"keep-going"_s, u"Leaves bad records out and reports each; the exit code is 1 then."_s);
+    addModelOptions(commandLine);
+    commandLine->addOption({u"min-share"_s},
+        u"Lowest share of a peak in the table, in percent (default %1)."_s.arg(
+            percentNumber(kUsualShare)),
+        u"PERCENT"_s);
+    commandLine->addOutputOption(
+        u"Writes all peaks of each pattern to FILE as CSV, besides the table; with --json the JSON "
+        "goes to FILE, and nothing is printed."_s);
+    commandLine->addPlotOption(
+        u"Draws the patterns into FILE (.svg or .png); with {name} in it, one file for each."_s);
+}
+
+vex::Error checkOptions(const CommandLine &commandLine)
+{
+    const int sources = (commandLine.isSet(u"fasta"_s) ? 1 : 0)
+        + (commandLine.isSet(u"masses"_s) ? 1 : 0)
+        + (commandLine.isSet(u"mass"_s) || !commandLine.positional().isEmpty() ? 1 : 0);
+    if (sources != 1)
+        return usageFailure(
+            commandLine.withHint(u"give masses, or --masses FILE, or --fasta FILE"_s));
     if (commandLine.isSet(u"published"_s) && !commandLine.isSet(u"fasta"_s))
         return usageFailure(u"--published goes with --fasta"_s);
-    auto minimalShare = nonNegativeNumber(
-        commandLine.isSet(u"min-share"_s) ? commandLine.value(u"min-share"_s) : u"0.001"_s,
-        u"share"_s);
+    for (const QString &option : {u"column"_s, u"decimal"_s}) {
+        if (commandLine.isSet(option) && !commandLine.isSet(u"masses"_s))
+            return usageFailure(u"--%1 goes with --masses"_s.arg(option));
+    }
+    return vex::ErrorCode::NoError;
+}
+
+vex::Error run(const CommandLine &commandLine, Results *results)
+{
+    if (auto error = checkOptions(commandLine); error.hasError())
+        return passedOn(std::move(error));
+    vex::Result<double> minimalShare = kUsualShare;
+    if (commandLine.isSet(u"min-share"_s))
+        minimalShare = shareFromPercent(commandLine.value(u"min-share"_s), u"--min-share"_s);
     if (minimalShare.hasError())
         return passedOn(std::move(minimalShare).error());
-    if (minimalShare.value() > 1.0)
-        return usageFailure(u"share '%1' is above 1"_s.arg(commandLine.value(u"min-share"_s)));
-
     auto chosen = PatternModel::fromOptions(commandLine);
     if (chosen.hasError())
         return passedOn(std::move(chosen).error());
-    const std::shared_ptr<PatternModel> model = chosen.value();
-    auto molecules = moleculesFrom(commandLine);
+    PatternModel &model = *chosen.value();
+    BadRecords bad(commandLine.isSet(u"keep-going"_s));
+    const auto molecules = moleculesFrom(commandLine, &bad);
     if (molecules.hasError())
-        return passedOn(std::move(molecules).error());
+        return passedOn(molecules.error());
     QHash<QString, PublishedMasses> published;
     if (commandLine.isSet(u"published"_s)) {
         auto masses = readPublishedMasses(commandLine.value(u"published"_s));
@@ -309,70 +361,62 @@ vex::Error runPattern(const QStringList &arguments)
             return passedOn(std::move(masses).error());
         published = std::move(masses).value();
     }
-
     QSet<QString> unknown(published.keyBegin(), published.keyEnd());
     for (const Molecule &molecule : molecules.value())
         unknown.remove(molecule.name);
     for (const QString &name : std::as_const(unknown))
-        qWarning("published masses of %s: no such sequence", qUtf8Printable(name));
-
-    if (auto error =
-            requireOtherFiles({commandLine.value(u"fasta"_s), commandLine.value(u"published"_s),
-                                  commandLine.value(u"averagine"_s)},
-                {commandLine.value(u"output"_s), commandLine.value(u"plot"_s)});
-        error.hasError())
-        return passedOn(std::move(error));
-    auto shown = Output::open({});
-    if (shown.hasError())
-        return passedOn(std::move(shown).error());
-    std::shared_ptr<Output> file;
-    if (commandLine.isSet(u"output"_s)) {
-        auto opened = Output::open(commandLine.value(u"output"_s));
-        if (opened.hasError())
-            return passedOn(std::move(opened).error());
-        file = opened.value();
-    }
+        warn(u"published masses of %1: no such sequence"_s.arg(name));
     Plots plots;
-    if (auto error = plots.open(commandLine.value(u"plot"_s), molecules.value()); error.hasError())
+    if (auto error = plots.plan(commandLine.plotFile(), molecules.value()); error.hasError())
         return passedOn(std::move(error));
 
     const Report report(model, minimalShare.value(), published);
-    const bool isJson = commandLine.isSet(u"json"_s);
-    Output &main = *shown.value();
-    QJsonArray json;
-    if (file && !isJson)
+    Output *const file = results->file();
+    const bool isJson = commandLine.isJson();
+    std::optional<JsonArrayWriter> json;
+    if (isJson)
+        json.emplace(file ? file : results->standard());
+    else if (file)
         file->write(Report::csvTitle());
     Progress progress(u"predicting"_s, molecules.value().size());
     for (qsizetype i = 0; i < molecules.value().size(); ++i) {
         Pattern pattern;
         pattern.molecule = &molecules.value()[i];
-        if (auto error = model->predict(pattern.molecule->mass, &pattern); error.hasError())
+        const std::optional<Protein> &protein = pattern.molecule->protein;
+        pattern.isOwn = protein && model.hasComposition() && !isCompositionGiven(commandLine);
+        if (pattern.isOwn) {
+            if (auto error = model.setComposition({formulaText(*protein), formulaOf(*protein)});
+                error.hasError())
+                return passedOn(std::move(error));
+        }
+        pattern.composition = model.composition();
+        if (auto error = model.predict(pattern.molecule->mass, &pattern); error.hasError())
             return passedOn(std::move(error));
-        if (const QString warning = model->warningFor(pattern.molecule->mass, pattern);
+        if (const QString warning = model.warningFor(pattern.molecule->mass, pattern);
             !warning.isEmpty())
-            qWarning("%s: %s", qUtf8Printable(labelOf(*pattern.molecule)), qUtf8Printable(warning));
+            warn(pattern.molecule->label() + ": "_L1 + warning);
         plots.add(pattern, i);
-        if (isJson)
-            json.append(report.asJson(pattern));
-        else
-            main.write(report.asTable(pattern));
-        if (file && !isJson)
-            file->write(Report::asCsv(pattern));
+        if (json) {
+            json->add(report.asJson(pattern));
+        } else {
+            results->print(report.asTable(pattern));
+            if (file)
+                file->write(Report::asCsv(pattern));
+        }
         if (isInterrupted())
-            return failure(u"interrupted, no file was written"_s);
+            return interrupted();
         progress.update(i);
     }
-    if (auto error = plots.draw(model->composition()); error.hasError())
-        return passedOn(std::move(error));
-    if (isJson)
-        (file ? *file : main).write(QJsonDocument(json).toJson());
-    if (file) {
-        if (auto error = file->commit(); error.hasError())
-            return passedOn(std::move(error));
-    }
-    if (auto error = plots.commit(); error.hasError())
-        return passedOn(std::move(error));
-    return passedOn(main.commit());
+    if (json)
+        json->end();
+    plots.handOut(results);
+    results->setVerdict(bad.verdict());
+    return vex::ErrorCode::NoError;
 }
+
+} // namespace
+
+const Command kPatternCommand{
+    "pattern"_L1, "isotope patterns from masses or protein sequences"_L1, declare, run, false};
 
 } // namespace vexcli

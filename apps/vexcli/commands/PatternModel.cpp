@@ -3,6 +3,10 @@
 #include "commands/CommandLine.h"
 #include "Failure.h"
 #include "output/Table.h"
+#include "output/Text.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
 
 #include <algorithm>
 #include <array>
@@ -29,17 +33,34 @@ void complete(Prediction *prediction)
 
 } // namespace
 
-QString signalLines(const Prediction &prediction)
+QString Prediction::lines() const
 {
-    const QString peaks = peakCount(prediction.shares.size());
-    const QString best = prediction.best < 0
-        ? u"none within the %1"_s.arg(peaks)
-        : u"%1 Da above the monoisotopic one, %2 % of the signal"_s.arg(
-            QString::number(prediction.best),
-            fixedNumber(100.0 * prediction.shares[prediction.best], 2));
-    return reportLine(u"most intense peak"_s, best)
-        + reportLine(peaks + (prediction.shares.size() == 1 ? " holds"_L1 : " hold"_L1),
-            u"%1 % of the signal"_s.arg(fixedNumber(100.0 * prediction.coverage, 2)));
+    const QString peaks = counted(shares.size(), u"peak"_s);
+    const QString highestPeak = best < 0 ? u"none within the %1"_s.arg(peaks)
+        : isCut
+        ? u"not among the %1, or the last of them (see --model list)"_s.arg(peaks)
+        : (best == 0 ? u"the monoisotopic one"_s : u"%1 Da above the monoisotopic one"_s.arg(best))
+            + u", %1 % of the signal"_s.arg(fixedNumber(100.0 * shares[best], 2));
+    return reportLine(u"most intense peak"_s, highestPeak)
+        + reportLine(peaks + (shares.size() == 1 ? " holds"_L1 : " hold"_L1),
+            u"%1 % of the signal"_s.arg(fixedNumber(100.0 * coverage, 2)));
+}
+
+QByteArray Prediction::table(double minimalShare) const
+{
+    return peakTable(shares, highest(), minimalShare, isCut ? u"last"_s : u"highest"_s);
+}
+
+QJsonObject Prediction::json() const
+{
+    QJsonArray array;
+    for (const double share : shares)
+        array.append(share);
+    QJsonObject object{{u"bestIndex"_s, best < 0 || isCut ? QJsonValue() : QJsonValue(best)},
+        {u"coverage"_s, coverage}, {u"peakCount"_s, shares.size()}, {u"shares"_s, array}};
+    if (gridMass)
+        object.insert(u"gridMassDa"_s, *gridMass);
+    return object;
 }
 
 Grid::Grid(const vex::AveragineIsotopeDistribution &table)
@@ -68,16 +89,16 @@ Prediction nearestPattern(const vex::AveragineIsotopeDistribution &table, double
 
 void addModelOptions(CommandLine *commandLine)
 {
-    addAveragineOptions(commandLine);
+    addCompositionOptions(commandLine);
     commandLine->addOption({u"model"_s},
-        u"classic (default): 100 peaks from any composition. list: as many peaks as --capacity "
-        "says, nothing else cut. grid: nearest pattern of the precomputed table, every 100 Da up "
-        "to 99900 Da, which has a composition of its own (see vex distribution --help)."_s,
+        u"classic (default): 100 peaks. list: as many peaks as --capacity says. grid: the nearest "
+        "pattern of a precomputed table, every 100 Da up to 99900 Da; it has an average "
+        "composition of its own (see vex distribution --help)."_s,
         u"classic|list|grid"_s);
     commandLine->addOption({u"capacity"_s},
-        u"Number of peaks of --model list, %1 to %2 (default %3)."_s.arg(kLeastCapacity)
-            .arg(kMostCapacity)
-            .arg(kDefaultCapacity),
+        u"Number of peaks of --model list, %1 to %2 (default %3)."_s.arg(
+            QString::number(kLeastCapacity), QString::number(kMostCapacity),
+            QString::number(kDefaultCapacity)),
         u"N"_s);
 }
 
@@ -92,7 +113,7 @@ vex::Result<std::shared_ptr<PatternModel>> PatternModel::fromOptions(const Comma
         if (name != "list"_L1)
             return usageFailure(u"--capacity goes with --model list"_s);
         auto number = wholeNumber(
-            commandLine.value(u"capacity"_s), u"capacity"_s, kLeastCapacity, kMostCapacity);
+            commandLine.value(u"capacity"_s), u"--capacity"_s, kLeastCapacity, kMostCapacity);
         if (number.hasError())
             return passedOn(std::move(number).error());
         capacity = number.value();
@@ -102,20 +123,17 @@ vex::Result<std::shared_ptr<PatternModel>> PatternModel::fromOptions(const Comma
             return usageFailure(
                 u"--%1 does not go with --model grid, whose composition is fixed"_s.arg(option));
     }
-
-    auto averagine = averagineFrom(commandLine);
-    if (averagine.hasError())
-        return passedOn(std::move(averagine).error());
+    auto composition = compositionFrom(commandLine);
+    if (composition.hasError())
+        return passedOn(std::move(composition).error());
     auto model = std::make_shared<PatternModel>();
-    model->m_averagine = averagine.value();
-    if (name == "list"_L1) {
+    if (name == "list"_L1)
         model->m_list =
             std::make_shared<vex::AveragineIsotopeModelRefactored>(static_cast<int>(capacity));
-        if (auto error = model->m_list->init(averagine.value().formula); error.hasError())
-            return passedOn(std::move(error));
-    } else if (name == "grid"_L1) {
+    else if (name == "grid"_L1)
         model->m_grid = std::make_shared<vex::AveragineIsotopeDistribution>();
-    }
+    if (auto error = model->setComposition(composition.value()); error.hasError())
+        return passedOn(std::move(error));
     return model;
 }
 
@@ -124,9 +142,17 @@ QString PatternModel::name() const
     return m_list ? u"list"_s : m_grid ? u"grid"_s : u"classic"_s;
 }
 
+vex::Error PatternModel::setComposition(const Composition &composition)
+{
+    m_composition = composition;
+    m_advised.clear();
+    return passedOn(
+        m_list ? m_list->init(composition.formula) : m_classic.init(composition.formula));
+}
+
 QString PatternModel::composition() const
 {
-    return m_grid ? u"precomputed averagine"_s : m_averagine.name;
+    return m_grid ? u"averagine of the precomputed table"_s : m_composition.name;
 }
 
 vex::Error PatternModel::predict(double mass, Prediction *prediction) const
@@ -136,10 +162,11 @@ vex::Error PatternModel::predict(double mass, Prediction *prediction) const
         return vex::ErrorCode::NoError;
     }
     auto best = m_list ? m_list->peakIntensityRatiosFromMass(mass, &prediction->shares)
-                       : m_averagine.model.peakIntensityRatiosFromMass(mass, &prediction->shares);
+                       : m_classic.peakIntensityRatiosFromMass(mass, &prediction->shares);
     if (best.hasError())
         return passedOn(std::move(best).error());
     prediction->best = best.value();
+    prediction->isCut = best.value() == prediction->shares.size() - 1;
     complete(prediction);
     return vex::ErrorCode::NoError;
 }
@@ -162,7 +189,7 @@ QString PatternModel::adviceFor(double mass)
     for (std::size_t i = 0; i < kAdvisedCapacities.size(); ++i) {
         if (i == m_advised.size()) {
             m_advised.emplace_back(kAdvisedCapacities[i]);
-            if (m_advised.back().init(m_averagine.formula).hasError())
+            if (m_advised.back().init(m_composition.formula).hasError())
                 break;
         }
         const double coverage = m_advised[i].signalCoverage(mass);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonObject>
 #include <QList>
 #include <QString>
 
@@ -8,11 +9,12 @@
 #include <vector>
 
 #include <vex/AveragineIsotopeDistribution.h>
+#include <vex/AveragineIsotopeModel.h>
 #include <vex/AveragineIsotopeModelRefactored.h>
 #include <vex/Error.h>
 #include <vex/Result.h>
 
-#include "input/Averagine.h"
+#include "input/Composition.h"
 
 namespace vexcli {
 
@@ -23,12 +25,19 @@ struct Prediction
 {
     QList<double> shares; // of the whole signal, by nominal mass shift
     int best = -1; // index of the highest share; -1 when all are 0
+    bool isCut = false; // the highest share is the last one: a higher one may follow
     double coverage = 0.0; // sum of the shares
     std::optional<double> gridMass; // daltons; of the grid point that the pattern belongs to
-};
 
-/// The lines of a table about highest peak and coverage.
-QString signalLines(const Prediction &prediction);
+    /// The highest share; 0 when all are 0.
+    double highest() const { return best < 0 ? 0.0 : shares[best]; }
+    /// The lines of a table about highest peak and coverage.
+    QString lines() const;
+    /// The peaks of at least @p minimalShare, with bars.
+    QByteArray table(double minimalShare) const;
+    /// The fields of a JSON object.
+    QJsonObject json() const;
+};
 
 /// Where the grid of a precomputed table lies.
 class Grid
@@ -64,7 +73,11 @@ public:
 
     /// As --model has it.
     QString name() const;
-    /// What the patterns are made from, for titles.
+    /// True when patterns are of the composition that setComposition() gave.
+    bool hasComposition() const { return !m_grid; }
+    /// Sets the model up for molecules of @p composition.
+    vex::Error setComposition(const Composition &composition);
+    /// What the patterns are of, for titles.
     QString composition() const;
     /// Writes the pattern of a molecule of @p mass daltons.
     vex::Error predict(double mass, Prediction *prediction) const;
@@ -74,7 +87,8 @@ public:
 private:
     QString adviceFor(double mass);
 
-    Averagine m_averagine; // the classic model, and the composition of the others
+    Composition m_composition;
+    vex::AveragineIsotopeModel m_classic;
     std::shared_ptr<vex::AveragineIsotopeModelRefactored> m_list; // for --model list
     std::shared_ptr<vex::AveragineIsotopeDistribution> m_grid; // for --model grid
     std::vector<vex::AveragineIsotopeModelRefactored> m_advised; // lists of growing capacity

@@ -1,15 +1,13 @@
 #include "input/Fasta.h"
 
 #include "Failure.h"
-#include "output/Progress.h"
+#include "output/Text.h"
 
 #include <vex/ResidueCompositions.h>
 
-#include <QFile>
-#include <QHash>
-#include <QMap>
+#include <QByteArray>
 
-#include <optional>
+#include <string_view>
 
 using namespace Qt::StringLiterals;
 
@@ -23,6 +21,11 @@ constexpr std::string_view kWater = "1";
 constexpr QByteArrayView kByteOrderMark = "\xEF\xBB\xBF"; // editors on Windows begin UTF-8 with it
 constexpr qsizetype kChunk = 1 << 16; // bytes read at a time
 constexpr qsizetype kLongestHeader = 1 << 12; // bytes kept of a header line
+constexpr qint64 kShortestMask = 4; // small letters; fewer among capitals are a modification
+constexpr std::string_view kOddResidues = "BUXZ";
+// IUPAC standard atomic weight (2013), and the mass of the most abundant isotope, 80Se (AME2020)
+constexpr double kSeleniumAverage = 78.971; // daltons
+constexpr double kSeleniumMonoisotopic = 79.9165218; // daltons
 
 /// Residues by character code; letters in both cases, null for all that is no residue.
 std::array<const AtomCounts *, 256> residuesByCharacter()
@@ -43,7 +46,12 @@ void add(std::array<qint64, 5> *sum, const Atoms &atoms)
         (*sum)[i] += atoms[i];
 }
 
-QString shown(char character)
+bool isSmall(char character)
+{
+    return character >= 'a' && character <= 'z';
+}
+
+QString shownByte(char character)
 {
     const auto code = static_cast<unsigned char>(character);
     return code > 0x20 && code < 0x7f ? u"'%1'"_s.arg(QLatin1Char(character))
@@ -54,18 +62,38 @@ QString shown(char character)
 class Reader
 {
 public:
-    explicit Reader(const QString &path)
-        : m_path(path)
+    Reader(const QString &name, BadRecords *bad)
+        : m_name(name)
+        , m_bad(bad)
     {
     }
 
-    vex::Error take(const QByteArray &bytes)
+    vex::Error take(char character)
     {
-        for (const char character : bytes) {
-            if (auto error = take(character); error.hasError())
-                return error;
+        const bool isSecondOfEnd = character == '\n' && m_before == '\r';
+        m_before = character;
+        if (isSecondOfEnd)
+            return vex::ErrorCode::NoError;
+        ++m_column;
+        if (character == '\n' || character == '\r') {
+            if (m_state == Header)
+                beginRecord();
+            ++m_line;
+            m_column = 0;
+            m_state = LineStart;
+            return vex::ErrorCode::NoError;
         }
-        return vex::ErrorCode::NoError;
+        if (m_state == LineStart && character == '>') {
+            auto error = endRecord();
+            m_state = Header;
+            m_header.clear();
+            return error;
+        }
+        if (m_state == LineStart)
+            m_state = character == ';' ? Comment : Sequence;
+        if (m_state == Header && m_header.size() < kLongestHeader)
+            m_header.append(character);
+        return m_state == Sequence ? takeResidue(character) : vex::ErrorCode::NoError;
     }
 
     vex::Result<QList<Protein>> finish()
@@ -74,15 +102,9 @@ public:
             beginRecord();
         if (auto error = endRecord(); error.hasError())
             return error;
-        if (m_proteins.isEmpty())
-            return failure(u"%1 holds no sequence"_s.arg(m_path));
-        vex::Result<QList<Protein>> result(std::move(m_proteins));
-        for (auto entry = m_ambiguous.cbegin(); entry != m_ambiguous.cend(); ++entry)
-            result.addWarning(
-                u"%1: %2 stands for more than one residue or atom composition; "
-                "its %3 places count as the table has them"_s.arg(
-                    m_path, QString(QLatin1Char(entry.key())), QString::number(entry.value())));
-        return result;
+        if (m_proteins.isEmpty() && !m_bad->verdict().hasError())
+            return failure(u"%1 holds no sequence"_s.arg(m_name));
+        return std::move(m_proteins);
     }
 
 private:
@@ -93,103 +115,131 @@ private:
         Sequence
     };
 
-    vex::Error take(char character)
-    {
-        ++m_column;
-        if (character == '\n') {
-            if (m_state == Header)
-                beginRecord();
-            ++m_line;
-            m_column = 0;
-            m_state = LineStart;
-            return vex::ErrorCode::NoError;
-        }
-        if (m_state == LineStart && character == '>') {
-            m_state = Header;
-            m_header.clear();
-            return endRecord();
-        }
-        if (m_state == LineStart)
-            m_state = character == ';' ? Comment : Sequence;
-        switch (m_state) {
-        case Header:
-            if (m_header.size() < kLongestHeader)
-                m_header.append(character);
-            break;
-        case Sequence:
-            return takeResidue(character);
-        default:
-            break;
-        }
-        return vex::ErrorCode::NoError;
-    }
-
     vex::Error takeResidue(char character)
     {
-        if (character == '\r' || character == ' ' || character == '\t')
+        if (character == ' ' || character == '\t' || m_isLeftOut)
             return vex::ErrorCode::NoError;
         static const auto residues = residuesByCharacter();
         const AtomCounts *atoms = residues[static_cast<unsigned char>(character)];
         if (!atoms)
-            return failure(u"%1, line %2, column %3: %4 is no residue code (%5)"_s.arg(m_path,
-                QString::number(m_line), QString::number(m_column), shown(character),
+            return leaveOut(u"%1, line %2, column %3: %4 is no residue code (%5)"_s.arg(m_name,
+                QString::number(m_line), QString::number(m_column), shownByte(character),
                 m_current ? m_current->name : u"before the first '>'"_s));
         if (!m_current)
-            return failure(
+            return leaveOut(
                 u"%1, line %2: sequence without a header line that begins with '>'"_s.arg(
-                    m_path, QString::number(m_line)));
+                    m_name, QString::number(m_line)));
+        if (isSmall(character)) {
+            if (m_smallCount == 0) {
+                m_smallLine = m_line;
+                m_smallColumn = m_column;
+                m_smallText.clear();
+            }
+            if (++m_smallCount < kShortestMask)
+                m_smallText += QLatin1Char(character);
+        } else {
+            m_hasCapital = true;
+            if (auto error = endSmallLetters(); error.hasError() || m_isLeftOut)
+                return error;
+        }
         add(&m_current->atoms, *atoms);
         ++m_current->length;
-        if (std::string_view("BZXUbzxu").find(character) != std::string_view::npos)
-            ++m_ambiguous[character >= 'a' ? static_cast<char>(character - 'a' + 'A') : character];
+        const char capital =
+            isSmall(character) ? static_cast<char>(character - 'a' + 'A') : character;
+        if (kOddResidues.find(capital) != std::string_view::npos)
+            ++m_current->odd[capital];
         return vex::ErrorCode::NoError;
+    }
+
+    /// Judges the small letters before a capital, or before the end of a record.
+    vex::Error endSmallLetters()
+    {
+        const qint64 count = std::exchange(m_smallCount, 0);
+        if (count == 0 || count >= kShortestMask || !m_hasCapital)
+            return vex::ErrorCode::NoError;
+        return leaveOut(
+            u"%1, line %2, column %3: '%4' in small letters among capitals looks like a "
+            "modification, which a sequence cannot carry (%5)"_s.arg(m_name,
+                QString::number(m_smallLine), QString::number(m_smallColumn), m_smallText,
+                m_current->name));
     }
 
     void beginRecord()
     {
         const QString header = QString::fromUtf8(m_header).simplified();
+        ++m_count;
         m_current = Protein{};
         m_current->name = header.section(u' ', 0, 0);
         if (m_current->name.isEmpty())
-            m_current->name = u"record %1"_s.arg(m_proteins.size() + 1);
+            m_current->name = u"record %1"_s.arg(m_count);
         m_recordLine = m_line;
+        m_isLeftOut = false;
+        m_hasCapital = false;
+        m_smallCount = 0;
     }
 
     vex::Error endRecord()
     {
-        if (!m_current)
-            return vex::ErrorCode::NoError;
-        if (m_current->length == 0)
-            return failure(u"%1, line %2: %3 has no sequence"_s.arg(
-                m_path, QString::number(m_recordLine), m_current->name));
-        add(&m_current->atoms, *vex::ResidueCompositions::find(kWater));
-        m_proteins.append(std::move(*m_current));
+        if (m_current && !m_isLeftOut) {
+            if (auto error = endSmallLetters(); error.hasError())
+                return error;
+        }
+        if (m_current && !m_isLeftOut && m_current->length == 0) {
+            if (auto error = leaveOut(u"%1, line %2: %3 has no sequence"_s.arg(
+                    m_name, QString::number(m_recordLine), m_current->name));
+                error.hasError())
+                return error;
+        }
+        if (m_current && !m_isLeftOut) {
+            add(&m_current->atoms, *vex::ResidueCompositions::find(kWater));
+            m_proteins.append(std::move(*m_current));
+        }
         m_current.reset();
+        m_isLeftOut = false;
         return vex::ErrorCode::NoError;
     }
 
-    QString m_path;
+    /// The record cannot be used; the rest of it is passed over if the reading goes on.
+    vex::Error leaveOut(const QString &problem)
+    {
+        m_isLeftOut = true;
+        return m_bad->leaveOut(failure(problem));
+    }
+
+    QString m_name;
+    BadRecords *m_bad;
     QList<Protein> m_proteins;
     std::optional<Protein> m_current;
+    bool m_isLeftOut = false; // the current record
     QByteArray m_header;
-    QMap<char, qint64> m_ambiguous; // places of each
     State m_state = LineStart;
+    char m_before = 0;
     qint64 m_line = 1;
     qint64 m_column = 0;
     qint64 m_recordLine = 0;
+    qint64 m_count = 0; // records begun
+    bool m_hasCapital = false; // the current record
+    qint64 m_smallCount = 0; // small letters in a row
+    qint64 m_smallLine = 0; // where they begin
+    qint64 m_smallColumn = 0;
+    QString m_smallText; // the first of them
 };
 
 } // namespace
 
+QHash<vex::MolecularFormula::AtomType, double> countsOf(const Protein &protein)
+{
+    using vex::MolecularFormula;
+    const auto &[c, h, n, o, s] = protein.atoms;
+    return {{MolecularFormula::C, double(c)}, {MolecularFormula::H, double(h)},
+        {MolecularFormula::N, double(n)}, {MolecularFormula::O, double(o)},
+        {MolecularFormula::S, double(s)}};
+}
+
 vex::MolecularFormula formulaOf(const Protein &protein)
 {
-    using Formula = vex::MolecularFormula;
-    constexpr std::array kTypes{Formula::C, Formula::H, Formula::N, Formula::O, Formula::S};
-    QHash<Formula::AtomType, double> counts;
-    for (std::size_t i = 0; i < kTypes.size(); ++i)
-        counts.insert(kTypes[i], static_cast<double>(protein.atoms[i]));
-    Formula formula;
-    formula.setMolecularFormula(counts);
+    vex::MolecularFormula formula;
+    formula.setMolecularFormula(countsOf(protein));
     return formula;
 }
 
@@ -207,27 +257,56 @@ QString formulaText(const Protein &protein)
     return text;
 }
 
-vex::Result<QList<Protein>> readFasta(const QString &path)
+QList<OddResidue> oddResiduesOf(const Protein &protein)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return failure(u"cannot read %1: %2"_s.arg(path, file.errorString()));
-    Reader reader(path);
-    Progress progress(u"reading"_s, file.size());
-    qint64 done = 0;
-    if (file.peek(kByteOrderMark.size()) == kByteOrderMark)
-        file.skip(kByteOrderMark.size());
-    while (true) {
-        const QByteArray bytes = file.read(kChunk);
-        if (file.error() != QFileDevice::NoError)
-            return failure(u"cannot read %1: %2"_s.arg(path, file.errorString()));
-        if (bytes.isEmpty())
+    QList<OddResidue> odd;
+    for (auto entry = protein.odd.cbegin(); entry != protein.odd.cend(); ++entry) {
+        const qint64 count = entry.value();
+        OddResidue residue{entry.key(), count, {}, {}, {}};
+        switch (entry.key()) {
+        case 'B':
+            residue.text = u"counted as N; a D is 0.98 Da heavier"_s;
             break;
-        if (auto error = reader.take(bytes); error.hasError())
-            return passedOn(std::move(error));
-        if (isInterrupted())
-            return failure(u"interrupted, nothing was written"_s);
-        progress.update(done += bytes.size());
+        case 'Z':
+            residue.text = u"counted as Q; an E is 0.98 Da heavier"_s;
+            break;
+        case 'X':
+            residue.text = u"any residue, counted as the average one C6H10NO, 112.15 Da"_s;
+            break;
+        default:
+            residue.missingAverageMass = kSeleniumAverage * double(count);
+            residue.missingMonoisotopicMass = kSeleniumMonoisotopic * double(count);
+            residue.text =
+                u"selenium is not counted; the average mass is %1 Da too low, the monoisotopic "
+                "one %2 Da, and the pattern lacks the isotopes of selenium"_s.arg(
+                    fixedNumber(*residue.missingAverageMass, 2),
+                    fixedNumber(*residue.missingMonoisotopicMass, 2));
+        }
+        odd.append(residue);
+    }
+    return odd;
+}
+
+vex::Result<QList<Protein>> readFasta(const QString &path, BadRecords *bad)
+{
+    auto input = Input::open(path);
+    if (input.hasError())
+        return passedOn(std::move(input).error());
+    Reader reader(input.value()->name(), bad);
+    QByteArray chunk(kChunk, Qt::Uninitialized);
+    for (bool isStart = true;; isStart = false) {
+        auto got = input.value()->read(chunk.data(), kChunk);
+        if (got.hasError())
+            return passedOn(std::move(got).error());
+        if (got.value() == 0)
+            break;
+        QByteArrayView bytes(chunk.constData(), got.value());
+        if (isStart && bytes.startsWith(kByteOrderMark))
+            bytes = bytes.sliced(kByteOrderMark.size());
+        for (const char character : bytes) {
+            if (auto error = reader.take(character); error.hasError())
+                return passedOn(std::move(error));
+        }
     }
     return passedOn(reader.finish());
 }

@@ -1,19 +1,14 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <vex/PlotBase.h>
 #include <vex/Result.h>
 
-#include "commands/CommandLine.h"
-
 namespace vexcli {
 
-/// Reads a signal: two columns, x and y, separated by commas, semicolons or tabs, with decimal
-/// points. Blank lines, lines that begin with '#' and one line of titles are passed over. A bad
-/// line is an error with its number; points that do not ascend are warned of. Takes 16 bytes a
-/// point.
-vex::Result<vex::PlotBase> readSignal(const QString &path);
+class CommandLine;
 
 /// Between which x a signal lies.
 struct SignalRange
@@ -26,15 +21,33 @@ struct SignalRange
 SignalRange rangeOf(const vex::PlotBase &signal);
 
 /// A unit of the x column.
-struct TimeUnit
+struct XUnit
 {
-    QString symbol;
-    double perMinute = 1.0;
+    QString symbol; // empty when nothing tells
+    double perMinute = 0.0; // 0 for what is no time, or not known
+
+    /// "time / min", "m/z" or just "x"
+    QString axisTitle() const;
+    /// @p number with the unit behind it.
+    QString with(const QString &number) const;
 };
 
-/// Offers --x-unit.
-void addTimeUnitOption(CommandLine *commandLine);
-/// What --x-unit says.
-vex::Result<TimeUnit> timeUnitFrom(const CommandLine &commandLine);
+/// Offers --x-unit. @p otherwise says what counts where neither it nor a title tells.
+void addXUnitOption(CommandLine *commandLine, const QString &otherwise);
+
+/// A signal, and what its file says of it.
+struct SignalFile
+{
+    vex::PlotBase signal;
+    QString name; // of the file, for messages
+    QString xTitle; // empty when the file has no titles
+};
+
+/// Reads two columns, x and y, as the options of @p commandLine say; points that do not ascend are
+/// warned of. Takes 16 bytes a point.
+vex::Result<SignalFile> readSignal(const CommandLine &commandLine, const QString &path);
+
+/// The unit that --x-unit gives, or else the titles of @p files; they must not contradict.
+vex::Result<XUnit> xUnitOf(const CommandLine &commandLine, const QList<SignalFile> &files);
 
 } // namespace vexcli

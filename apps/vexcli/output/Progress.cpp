@@ -3,6 +3,7 @@
 #include "platform/Terminal.h"
 
 #include <algorithm>
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 
@@ -17,6 +18,7 @@ constexpr qint64 kRedrawEvery = 100; // milliseconds
 constexpr int kWidth = 30; // characters of the bar
 
 volatile std::sig_atomic_t interrupted = 0;
+std::atomic<bool> isStopped = false;
 
 extern "C" void noteInterrupt(int)
 {
@@ -27,8 +29,8 @@ extern "C" void noteInterrupt(int)
 
 Progress::Progress(const QString &label, qint64 total)
     : m_label(label)
-    , m_total(std::max<qint64>(total, 1))
-    , m_isEnabled(isTerminal(stderr))
+    , m_total(total)
+    , m_isEnabled(total > 0 && isTerminal(stderr))
 {
     m_sinceStart.start();
     m_sinceDrawn.start();
@@ -63,7 +65,12 @@ void catchInterrupts()
 
 bool isInterrupted()
 {
-    return interrupted != 0;
+    return interrupted != 0 || isStopped;
+}
+
+void stopWork()
+{
+    isStopped = true;
 }
 
 } // namespace vexcli

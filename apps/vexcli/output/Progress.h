@@ -10,7 +10,7 @@ class Progress
 {
 public:
     /// @param label  what is being done
-    /// @param total  steps of the whole work, in any unit
+    /// @param total  steps of the whole work, in any unit; not known when 0 or below
     Progress(const QString &label, qint64 total);
     /// Takes the bar off the screen.
     ~Progress();
@@ -31,7 +31,11 @@ private:
 /// Makes Ctrl-C and a request to end set a flag instead of ending the process at once.
 void catchInterrupts();
 
-/// True once the user pressed Ctrl-C: stop, leave nothing half-written.
+/// True once the work is to stop and to leave nothing half-written: the user pressed Ctrl-C, or
+/// stopWork() was called.
 bool isInterrupted();
+
+/// Has the work stopped because its result would reach nobody.
+void stopWork();
 
 } // namespace vexcli

@@ -5,9 +5,14 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 namespace vexcli {
 
-/// A table of text with aligned columns: numbers to the right, everything else to the left.
+class Output;
+
+/// A table of text with aligned columns: numbers to the right, everything else to the left. Cells
+/// are shown in one line each, whatever they hold.
 class Table
 {
 public:
@@ -27,30 +32,25 @@ private:
     QList<QStringList> m_rows; // the titles first
 };
 
-/// The peaks of a pattern that reach @p minimalShare, with bars; empty when there are none.
-/// @param shares  of the whole signal, by nominal mass shift
-/// @param best    index of the highest one; -1 when all are 0
-QByteArray peakTable(const QList<double> &shares, int best, double minimalShare);
+/// Writes a table of numbers that may be longer than memory.
+///
+/// @param titles  of the columns
+/// @param count   of the rows
+/// @param rowAt   the row of an index, asked for twice; its numbers have equally many decimals
+void writeLongTable(Output *output, const QStringList &titles, qsizetype count,
+    const std::function<QStringList(qsizetype)> &rowAt);
 
-/// A line of a report on one molecule: what it tells, and the value in a column of its own.
+/// The peaks of a pattern that reach @p minimalShare, with bars; empty when there are none.
+/// @param shares   of the whole signal, by nominal mass shift
+/// @param highest  the share that the others are compared with; 0 when all are 0
+/// @param name     what that one is called
+QByteArray peakTable(const QList<double> &shares, double highest, double minimalShare,
+    const QString &name = QStringLiteral("highest"));
+
+/// A line of a report on one thing: what it tells, and the value in a column of its own.
 QString reportLine(const QString &what, const QString &value);
 
-/// @p value with @p decimals digits behind the point.
-QString fixedNumber(double value, int decimals);
-
-/// A mass: as exact, and without an exponent as long as that reads better.
-QString massNumber(double mass);
-
-/// "1 peak", "2 peaks"
-QString peakCount(qsizetype count);
-
-/// The shortest text that reads back as exactly @p value.
-QString exactNumber(double value);
-
-/// @p text for a single line: what cannot be seen, such as a line feed, as <U+000A>.
-QString shownText(const QString &text);
-
-/// @p text as a field of a CSV line, quoted only where it must be.
-QString csvField(const QString &text);
+/// The line above a report.
+QString headLine(const QString &text);
 
 } // namespace vexcli

@@ -8,4 +8,8 @@ namespace vexcli {
 /// put in its place; empty when it is none.
 QString devicePath(const QString &path);
 
+/// The folder of the running program, whatever way it was called; empty when the system does not
+/// tell.
+QString programFolder();
+
 } // namespace vexcli

@@ -1,5 +1,8 @@
 #include "platform/Files.h"
 
+#include <QDir>
+#include <QFileInfo>
+
 #include <string>
 
 #include <windows.h>
@@ -17,6 +20,21 @@ QString devicePath(const QString &path)
         GetFullPathNameW(text.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
     const QString device = QString::fromStdWString(full);
     return device.startsWith("\\\\.\\"_L1) ? device : QString();
+}
+
+QString programFolder()
+{
+    std::wstring program(MAX_PATH, L'\0');
+    DWORD length = 0;
+    // a text that does not fit is cut off without an error
+    while (
+        (length = GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size())))
+        == program.size())
+        program.resize(2 * program.size());
+    program.resize(length);
+    return length == 0
+        ? QString()
+        : QFileInfo(QDir::fromNativeSeparators(QString::fromStdWString(program))).path();
 }
 
 } // namespace vexcli

@@ -1,18 +1,37 @@
 #pragma once
 
+#include <QStringList>
+
 #include <cstdio>
+
+#include <vex/Result.h>
 
 namespace vexcli {
 
+/// Has all threads share one heap, where the C library would reserve much more address space than a
+/// limit on it leaves.
+void prepareMemory();
+
 /// Makes the standard streams carry the same bytes on every system: UTF-8, lines end with LF. A
-/// console shows them as text and understands escape sequences.
+/// console shows them as text and understands escape sequences. A stream that the caller closed
+/// stays unusable: no file that is opened later takes its number. A reader that goes away is an
+/// error of the writing, no signal.
 void prepareStreams();
+
+/// The arguments behind the program's name.
+/// @par Errors
+/// InvalidInput for one that is no text, and so would mean another file than the one named
+vex::Result<QStringList> commandArguments(int argc, char **argv);
 
 /// True when @p stream goes to a terminal rather than a file or a pipe.
 bool isTerminal(std::FILE *stream);
 
 /// Has @p note called when the user or the system asks the program to end; it may run at any point,
-/// also in a thread of its own, and must do no more than set a flag.
+/// also in a thread of its own, and must do no more than set a flag. Asked again, the program ends
+/// at once.
 void onInterrupt(void (*note)(int));
+
+/// Ends the process at once, while other threads still run: nothing that they use is destroyed.
+[[noreturn]] void endProcess(int exitCode);
 
 } // namespace vexcli

@@ -1,11 +1,14 @@
 #include "platform/Terminal.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <initializer_list>
 
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>
+
+#include <shellapi.h>
 
 namespace vexcli {
 
@@ -14,8 +17,17 @@ namespace {
 void (*noteInterrupt)(int) = nullptr;
 UINT codePageBefore = 0;
 
+void restoreConsole()
+{
+    if (codePageBefore != 0)
+        SetConsoleOutputCP(codePageBefore);
+}
+
 BOOL WINAPI handleControl(DWORD event)
 {
+    static std::atomic<bool> isNoted = false;
+    if (isNoted.exchange(true))
+        return FALSE; // ends the process
     noteInterrupt(static_cast<int>(event));
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
         Sleep(
@@ -25,9 +37,11 @@ BOOL WINAPI handleControl(DWORD event)
 
 } // namespace
 
+void prepareMemory() { }
+
 void prepareStreams()
 {
-    for (std::FILE *stream : {stdout, stderr})
+    for (std::FILE *stream : {stdin, stdout, stderr})
         _setmode(_fileno(stream), _O_BINARY);
     // Not every C library leaves standard error without a buffer.
     std::setvbuf(stderr, nullptr, _IONBF, 0);
@@ -40,9 +54,20 @@ void prepareStreams()
         if (codePageBefore == 0) {
             codePageBefore = GetConsoleOutputCP();
             SetConsoleOutputCP(CP_UTF8);
-            std::atexit([] { SetConsoleOutputCP(codePageBefore); }); // it belongs to the console
+            std::atexit(restoreConsole); // it belongs to the console
         }
     }
+}
+
+vex::Result<QStringList> commandArguments(int, char **)
+{
+    int count = 0;
+    LPWSTR *const texts = CommandLineToArgvW(GetCommandLineW(), &count);
+    QStringList arguments;
+    for (int i = 1; texts && i < count; ++i)
+        arguments.append(QString::fromWCharArray(texts[i]));
+    LocalFree(texts);
+    return arguments;
 }
 
 bool isTerminal(std::FILE *stream)
@@ -54,6 +79,12 @@ void onInterrupt(void (*note)(int))
 {
     noteInterrupt = note;
     SetConsoleCtrlHandler(handleControl, TRUE);
+}
+
+void endProcess(int exitCode)
+{
+    restoreConsole();
+    std::_Exit(exitCode);
 }
 
 } // namespace vexcli

@@ -1,12 +1,13 @@
-#include "input/Averagine.h"
+#include "input/Composition.h"
 
 #include "commands/CommandLine.h"
+#include "input/Input.h"
+#include "output/Messages.h"
 #include "Failure.h"
 
+#include <vex/AveragineIsotopeModel.h>
 #include <vex/FormulaParser.h>
-#include <vex/MolecularFormula.h>
 
-#include <QFile>
 #include <QHash>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -25,7 +26,7 @@ namespace {
 using AtomType = vex::MolecularFormula::AtomType;
 using Counts = QHash<AtomType, double>;
 
-constexpr qint64 kLargestAveragineFile = 1 << 20; // bytes; a composition is a few lines
+constexpr qint64 kLargestFile = 1 << 20; // bytes; a composition is a few lines
 
 /// Modern averagine: Senko, Beu and McLafferty, J. Am. Soc. Mass Spectrom. 6 (1995) 229.
 Counts modernAveragine()
@@ -54,7 +55,7 @@ QString withoutDecimalPoints(const QString &text)
     return result;
 }
 
-/// The counts of @p text; what the reading leaves out stands in the warnings.
+/// The counts of @p text; what the reading leaves out is warned of.
 vex::Result<Counts> countsFromText(const QString &text)
 {
     const auto check = vex::FormulaParser::checkFormula(text);
@@ -69,16 +70,16 @@ vex::Result<Counts> countsFromText(const QString &text)
                 u"the formula '%1' has decimals, which formula texts cannot hold: "
                 "write equally many decimals everywhere and leave the point out "
                 "(%2), or use --averagine FILE.json"_s.arg(text, withoutDecimalPoints(text)));
-        if (finding.kind == Finding::DigitsJoined)
+        if (finding.kind == Finding::DigitsJoined || finding.kind == Finding::CountChanged)
             return usageFailure(u"the formula '%1' is not clear: %2"_s.arg(text, finding.message));
         if (!(finding.kind == Finding::CharacterDropped && finding.text.front().isSpace()))
             warnings.append(u"formula: "_s + finding.message);
     }
+    for (const QString &warning : std::as_const(warnings))
+        warn(warning);
     Counts counts;
     std::ignore = vex::FormulaParser::molecularFormulaHashFromString(text, &counts); // checked
-    vex::Result<Counts> result(counts);
-    result.addWarnings(warnings);
-    return result;
+    return counts;
 }
 
 /// Line of the byte at @p offset, counted from 1.
@@ -87,27 +88,43 @@ qsizetype lineAt(const QByteArray &text, qsizetype offset)
     return text.first(std::clamp<qsizetype>(offset, 0, text.size())).count('\n') + 1;
 }
 
+vex::Result<QByteArray> contentOf(Input *input)
+{
+    QByteArray text(kLargestFile + 1, Qt::Uninitialized);
+    qint64 size = 0;
+    for (;;) {
+        auto got = input->read(text.data() + size, text.size() - size);
+        if (got.hasError())
+            return passedOn(std::move(got).error());
+        size += got.value();
+        if (size > kLargestFile)
+            return failure(u"%1 is too large for a composition"_s.arg(input->name()));
+        if (got.value() == 0)
+            return text.first(size);
+    }
+}
+
 vex::Result<Counts> countsFromFile(const QString &path, QString *name)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return failure(u"cannot read %1: %2 (--averagine takes senko or a JSON file)"_s.arg(
-            path, file.errorString()));
-    const QByteArray text = file.read(kLargestAveragineFile + 1);
-    if (file.error() != QFileDevice::NoError)
-        return failure(u"cannot read %1: %2"_s.arg(path, file.errorString()));
-    if (text.size() > kLargestAveragineFile)
-        return failure(u"%1 is too large for a composition"_s.arg(path));
+    auto input = Input::open(path);
+    if (input.hasError())
+        return failure(
+            u"%1 (--averagine takes senko or a JSON file)"_s.arg(input.error().message()));
+    auto content = contentOf(input.value().get());
+    if (content.hasError())
+        return passedOn(std::move(content).error());
+    const QByteArray text = content.value();
+    const QString file = input.value()->name();
     QJsonParseError problem;
     const QJsonDocument document = QJsonDocument::fromJson(text, &problem);
     if (problem.error != QJsonParseError::NoError)
         return failure(u"%1, line %2: %3"_s.arg(
-            path, QString::number(lineAt(text, problem.offset)), problem.errorString()));
+            file, QString::number(lineAt(text, problem.offset)), problem.errorString()));
     const QJsonValue atoms = document.object().value("atoms"_L1);
     if (!atoms.isObject())
         return failure(
             uR"(%1: no object "atoms" as in {"name": "mine", "atoms": {"C": 4.9, "H": 7.8}})"_s.arg(
-                path));
+                file));
     static const QHash<QString, AtomType> types{{u"C"_s, AtomType::C}, {u"H"_s, AtomType::H},
         {u"O"_s, AtomType::O}, {u"N"_s, AtomType::N}, {u"S"_s, AtomType::S}, {u"P"_s, AtomType::P},
         {u"Na"_s, AtomType::Na}};
@@ -116,33 +133,38 @@ vex::Result<Counts> countsFromFile(const QString &path, QString *name)
     for (auto entry = object.begin(); entry != object.end(); ++entry) {
         const auto type = types.constFind(entry.key());
         if (type == types.constEnd())
-            return failure(u"%1: '%2' is none of C, H, O, N, S, P, Na"_s.arg(path, entry.key()));
+            return failure(u"%1: '%2' is none of C, H, O, N, S, P, Na"_s.arg(file, entry.key()));
         const double count = entry.value().toDouble(std::nan(""));
         if (!(count >= 0.0) || !std::isfinite(count))
             return failure(
-                u"%1: the count of %2 is not a number of at least 0"_s.arg(path, entry.key()));
+                u"%1: the count of %2 is not a number of at least 0"_s.arg(file, entry.key()));
         counts.insert(*type, count);
     }
-    *name = document.object().value("name"_L1).toString(path);
+    *name = document.object().value("name"_L1).toString(file);
     return counts;
 }
 
 } // namespace
 
-void addAveragineOptions(CommandLine *commandLine)
+void addCompositionOptions(CommandLine *commandLine)
 {
     commandLine->addOption({u"formula"_s},
-        u"Composition as formula text, such as C49384H77583N13577O14773S417; only the "
-        "proportions matter. Counts have no decimal point: give all of them equally many decimals "
-        "and leave the point out."_s,
-        u"AVERAGINE"_s);
-    commandLine->addOption({u"averagine"_s},
-        uR"(Composition by name (senko, the default: C4.9384 H7.7583 N1.3577 O1.4773 S0.0417) or from a )"
-        uR"(JSON file: {"name": "mine", "atoms": {"C": 4.9384, "H": 7.7583}}.)"_s,
-        u"senko|FILE.json"_s);
+        u"Composition as a formula, such as C49384H77583N13577O14773S417; only the proportions "
+        "matter. A formula holds no decimal point: give all counts equally many decimals and leave "
+        "the point out."_s,
+        u"FORMULA"_s);
+    commandLine->addInputOption(u"averagine"_s,
+        u"Average composition: senko (C4.9384 H7.7583 N1.3577 O1.4773 S0.0417), or one of your own "
+        "from a JSON file, {\"name\": \"mine\", \"atoms\": {\"C\": 4.9384, \"H\": 7.7583}}."_s,
+        u"senko|FILE"_s);
 }
 
-vex::Result<Averagine> averagineFrom(const CommandLine &commandLine)
+bool isCompositionGiven(const CommandLine &commandLine)
+{
+    return commandLine.isSet(u"formula"_s) || commandLine.isSet(u"averagine"_s);
+}
+
+vex::Result<Composition> compositionFrom(const CommandLine &commandLine)
 {
     if (commandLine.isSet(u"formula"_s) && commandLine.isSet(u"averagine"_s))
         return usageFailure(u"--formula and --averagine exclude each other"_s);
@@ -158,19 +180,16 @@ vex::Result<Averagine> averagineFrom(const CommandLine &commandLine)
     if (counts.hasError())
         return passedOn(std::move(counts).error());
 
-    vex::MolecularFormula formula;
-    formula.setMolecularFormula(counts.value());
+    Composition composition{name, {}};
+    composition.formula.setMolecularFormula(counts.value());
     if (std::any_of(counts.value().cbegin(), counts.value().cend(),
             [](double count) { return !(count >= 0.0); }))
         return failure(u"the composition %1 holds a negative count"_s.arg(name));
-    Averagine averagine{name, formula, {}};
-    std::ignore = averagine.model.init(formula); // never an error
-    const double merMass = averagine.model.merMass();
-    if (!(merMass > 0.0) || !std::isfinite(merMass))
+    vex::AveragineIsotopeModel model;
+    std::ignore = model.init(composition.formula); // never an error
+    if (!(model.merMass() > 0.0) || !std::isfinite(model.merMass()))
         return failure(u"the composition %1 has no positive finite mass"_s.arg(name));
-    for (const QString &warning : counts.warnings())
-        qWarning("%s", qUtf8Printable(warning));
-    return averagine;
+    return composition;
 }
 
 } // namespace vexcli

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+
+#include <vex/MolecularFormula.h>
+#include <vex/Result.h>
+
+namespace vexcli {
+
+class CommandLine;
+
+/// What molecules are made of; only the proportions matter.
+struct Composition
+{
+    QString name; // for titles and tables
+    vex::MolecularFormula formula;
+};
+
+/// Adds --formula and --averagine to @p commandLine.
+void addCompositionOptions(CommandLine *commandLine);
+
+/// True when an option asks for a composition.
+bool isCompositionGiven(const CommandLine &commandLine);
+
+/// The composition that the options ask for, by default modern averagine. It has a positive mass.
+vex::Result<Composition> compositionFrom(const CommandLine &commandLine);
+
+} // namespace vexcli

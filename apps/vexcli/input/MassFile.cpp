@@ -1,0 +1,67 @@
+#include "input/MassFile.h"
+
+#include "Failure.h"
+#include "commands/CommandLine.h"
+#include "input/Columns.h"
+#include "output/Text.h"
+
+using namespace Qt::StringLiterals;
+
+namespace vexcli {
+
+namespace {
+
+/// An error for a mass below 0.
+vex::Error checkMass(double mass, const QString &what, const QString &name, qint64 line)
+{
+    if (!(mass < 0.0))
+        return vex::ErrorCode::NoError;
+    return failure(u"%1, line %2: %3 '%4' is negative"_s.arg(
+        name, QString::number(line), what, exactNumber(mass)));
+}
+
+} // namespace
+
+vex::Result<QList<double>> readMasses(
+    const CommandLine &commandLine, const QString &path, BadRecords *bad)
+{
+    QList<double> masses;
+    const QString name = inputName(path);
+    auto titles = readColumns(columnsRequest(commandLine, path, {u"mass"_s}), bad,
+        [&](const ColumnsRow &row) -> vex::Error {
+            if (auto error = checkMass(row.numbers[0], u"mass"_s, name, row.line); error.hasError())
+                return error;
+            masses.append(row.numbers[0]);
+            return vex::ErrorCode::NoError;
+        });
+    if (titles.hasError())
+        return passedOn(std::move(titles).error());
+    if (masses.isEmpty() && !bad->verdict().hasError())
+        return failure(u"%1 holds no mass"_s.arg(name));
+    return masses;
+}
+
+vex::Result<QHash<QString, PublishedMasses>> readPublishedMasses(const QString &path)
+{
+    QHash<QString, PublishedMasses> published;
+    const QString name = inputName(path);
+    BadRecords none(false);
+    ColumnsRequest request{
+        path, {u"name"_s, u"average mass"_s, u"monoisotopic mass"_s}, true, {}, {}};
+    auto titles = readColumns(request, &none, [&](const ColumnsRow &row) -> vex::Error {
+        for (const int i : {1, 2}) {
+            if (auto error = checkMass(row.numbers[i], request.names[i], name, row.line);
+                error.hasError())
+                return error;
+        }
+        published.insert(row.text, {row.numbers[1], row.numbers[2]});
+        return vex::ErrorCode::NoError;
+    });
+    if (titles.hasError())
+        return passedOn(std::move(titles).error());
+    if (published.isEmpty())
+        return failure(u"%1 holds no masses; expected are name, average, monoisotopic"_s.arg(name));
+    return published;
+}
+
+} // namespace vexcli

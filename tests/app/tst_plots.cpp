@@ -1,0 +1,287 @@
+// What stands in a plot: texts as they are, the right ticks, the right shapes. The module is loaded
+// as the program does it.
+#include "output/Plot.h"
+
+#include <QImage>
+#include <QTest>
+#include <QXmlStreamReader>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+
+#if defined(Q_OS_UNIX)
+#    include <sys/resource.h>
+#endif
+
+using namespace Qt::StringLiterals;
+using namespace vexcli;
+
+namespace {
+
+/// An SVG, taken apart.
+struct Picture
+{
+    QString title;
+    QStringList texts;
+    QList<QPointF> places; // where each text starts
+    QMap<QString, int> shapes; // number of "polyline #0072b2", ...
+    QMap<QString, QList<QPointF>> points; // by the same names
+    QString problem;
+};
+
+Picture pictureOf(const vex::Result<QByteArray> &svg)
+{
+    Picture picture;
+    if (svg.hasError()) {
+        picture.problem = svg.error().errorMessages().value(0);
+        return picture;
+    }
+    QXmlStreamReader reader(svg.value());
+    QXmlStreamAttributes group;
+    QPointF origin;
+    while (!reader.atEnd()) {
+        if (reader.readNext() != QXmlStreamReader::StartElement)
+            continue;
+        const QString name = reader.name().toString();
+        if (name == "title"_L1) {
+            picture.title += reader.readElementText();
+        } else if (name == "text"_L1) {
+            picture.places += origin
+                + QPointF(reader.attributes().value(u"x"_s).toDouble(),
+                    reader.attributes().value(u"y"_s).toDouble());
+            picture.texts += reader.readElementText();
+        } else if (name == "g"_L1) {
+            group = reader.attributes();
+            const QStringList matrix = group.value(u"transform"_s).toString().split(u',');
+            origin = {matrix.value(4).toDouble(), matrix.value(5).remove(u')').toDouble()};
+        } else if (name == "path"_L1 || name == "polyline"_L1 || name == "rect"_L1
+            || name == "circle"_L1) {
+            const bool isLine = name == "polyline"_L1;
+            const QString shape =
+                u"%1 %2"_s.arg(name, group.value(isLine ? u"stroke"_s : u"fill"_s));
+            ++picture.shapes[shape];
+            const QString pairs =
+                reader.attributes().value(isLine ? u"points"_s : u"d"_s).toString();
+            static const QRegularExpression pair(u"(-?[0-9.e+-]+),(-?[0-9.e+-]+)"_s);
+            for (const auto &match : pair.globalMatch(pairs))
+                picture.points[shape].append(
+                    origin + QPointF(match.captured(1).toDouble(), match.captured(2).toDouble()));
+        } else if (!u"svg desc defs"_s.split(u' ').contains(name)) {
+            picture.problem += name;
+        }
+    }
+    if (reader.hasError())
+        picture.problem += reader.errorString();
+    return picture;
+}
+
+/// The places of the horizontal lines of the grid, from the lowest.
+QList<double> gridOf(const Picture &picture)
+{
+    QList<double> lines;
+    const QList<QPointF> ends = picture.points.value(u"polyline #e0e0e0"_s);
+    for (qsizetype i = 0; i + 1 < ends.size(); i += 2) {
+        if (ends[i].y() == ends[i + 1].y())
+            lines.append(ends[i].y());
+    }
+    std::sort(lines.rbegin(), lines.rend());
+    return lines;
+}
+
+/// Each kind of plot with @p name wherever a name can stand.
+vex::Result<QByteArray> draw(const QString &kind, const QString &name, const QString &path)
+{
+    if (kind == "curves"_L1)
+        return drawCurves(path, name, name,
+            {{name, {{name, {{0, 0}, {1, 2}}}}, {{name, {{0, 0}, {1, 1}}}, {name, {{1, 1}}}}},
+                {u"-"_s, {{name, {{0, 0}, {1, 2}}}}, {}}});
+    return drawPatterns(path, name, QList<PlottedPattern>(12, {name, {0.5, 0.25}}),
+        kind == "bars"_L1 ? PlotStyle::Bars : PlotStyle::Lines);
+}
+
+} // namespace
+
+class tst_plots : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void namesAreShownAsTheyAre_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("tag") << u"<b>x"_s << u"<b>x"_s;
+        QTest::newRow("entity") << u"A&B.csv &lt;"_s << u"A&B.csv &lt;"_s;
+        QTest::newRow("image") << u"<img src=\"in\">"_s << u"<img src=\"in\">"_s;
+        QTest::newRow("style") << u"<style>@import url(pipe)"_s << u"<style>@import url(pipe)"_s;
+        QTest::newRow("end of data") << u"]]>"_s << u"]]>"_s;
+        QTest::newRow("blanks") << u"a  b"_s << u"a  b"_s;
+        QTest::newRow("control") << u"\u0001\u001b"_s << u"<U+0001><U+001B>"_s;
+        QTest::newRow("bidi") << u"a\u202e"_s << u"a<U+202E>"_s;
+        QTest::newRow("no character") << u"\ufffe"_s << u"<U+FFFE>"_s;
+        QTest::newRow("half a pair") << u"a"_s + QChar(0xd800) << u"a<U+D800>"_s;
+        QTest::newRow("emoji") << u"x\U0001f600y"_s << u"x\U0001f600y"_s;
+        QTest::newRow("long") << u"begin"_s + QString(5000, u'&') + u"end"_s << QString();
+    }
+    void namesAreShownAsTheyAre()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, shown);
+        for (const QString &kind : {u"bars"_s, u"lines"_s, u"curves"_s}) {
+            const Picture svg = pictureOf(draw(kind, name, u"x.svg"_s));
+            QCOMPARE(svg.problem, QString());
+            QCOMPARE(svg.title, shown.isEmpty() ? name : shown);
+            // title and legend; or title, legend and the titles of three axes
+            const qsizetype times = kind == "curves"_L1 ? 7 : 13;
+            if (shown.isEmpty()) {
+                const QStringList cut = svg.texts.filter(QRegularExpression(u"^begin&*…&*end$"_s));
+                QCOMPARE(cut.size(), times);
+                for (const QString &text : cut)
+                    QVERIFY(text.size() < 80);
+            } else {
+                QCOMPARE(svg.texts.join(QString()).count(shown), times);
+            }
+            const auto png = draw(kind, name, u"x.PNG"_s);
+            QVERIFY(png.hasValue());
+            const QImage image = QImage::fromData(png.value(), "PNG");
+            QCOMPARE(image.size(), QSize(1600, kind == "curves"_L1 ? 1440 : 1000));
+            QCOMPARE(image.pixel(0, 0), 0xffffffff);
+        }
+    }
+
+    void ticksFitTheNumbers_data()
+    {
+        QTest::addColumn<double>("left");
+        QTest::addColumn<double>("width");
+        QTest::addColumn<double>("height");
+        QTest::addColumn<QString>("ticks");
+        const auto add = [](const char *name, double left, double width, double height,
+                             const QString &ticks) {
+            QTest::newRow(name) << left << width << height << ticks;
+        };
+        add("ones", 0, 10, 5, u"0 1 2 3 4 5 6 7 8 9 10 0 1 2 3 4 5"_s);
+        add("twos", 0, 2, 10, u"0.0 0.2 0.4 0.6 0.8 1.0 1.2 1.4 1.6 1.8 2.0 0 2 4 6 8 10"_s);
+        add("fives", -50, 50, 0.25,
+            u"-50 -45 -40 -35 -30 -25 -20 -15 -10 -5 0 0.00 0.05 0.10 0.15 0.20 0.25"_s);
+        add("below 0", 1, 4, -1,
+            u"1.0 1.5 2.0 2.5 3.0 3.5 4.0 4.5 5.0 -1.0 -0.8 -0.6 -0.4 -0.2 0.0"_s);
+        add("small", 0, 8e-6, 2e-7,
+            u"0 1e-06 2e-06 3e-06 4e-06 5e-06 6e-06 7e-06 8e-06 0 5.0e-08 1.0e-07 1.5e-07 2.0e-07"_s);
+        add("large", 5e8, 5e8, 1e300,
+            u"5.0e+08 6.0e+08 7.0e+08 8.0e+08 9.0e+08 1.0e+09 0 2.0e+299 4.0e+299 6.0e+299 8.0e+299 1.0e+300"_s);
+        add("far", 1e12, 4, 0,
+            u"1000000000000 1000000000001 1000000000002 1000000000003 1000000000004 -0.4 -0.2 0.0 0.2 0.4"_s);
+        add("too close", 1e17, 64, 1,
+            u"9.900e+16 9.950e+16 1.000e+17 1.005e+17 1.010e+17 0.0 0.2 0.4 0.6 0.8 1.0"_s);
+    }
+    void ticksFitTheNumbers()
+    {
+        QFETCH(double, left);
+        QFETCH(double, width);
+        QFETCH(double, height);
+        QFETCH(QString, ticks);
+        const auto svg =
+            drawCurves(u"x.svg"_s, {}, {}, {{{}, {{{}, {{left, 0}, {left + width, height}}}}, {}}});
+        QCOMPARE(pictureOf(svg).texts.join(u' '), ticks);
+    }
+
+    void patternsHaveTheirShapes()
+    {
+        const QList<PlottedPattern> two{{u"a"_s, {0.5, 0.25, 0.125, 1e-9}}, {u"b"_s, {0.1, 0.01}}};
+        const Picture bars = pictureOf(drawPatterns(u"x.svg"_s, u"t"_s, two, PlotStyle::Bars));
+        const QString axes =
+            u"nominal mass above the monoisotopic peak / Da|share of the whole signal / %"_s;
+        QCOMPARE(bars.texts.join(u'|'), u"t|a|b|0|1|2|0|10|20|30|40|50|"_s + axes);
+        QCOMPARE(bars.shapes.value(u"rect #0072b2"_s), 1); // keys of the legend
+        QCOMPARE(bars.shapes.value(u"rect #d55e00"_s), 1);
+        const auto outline = bars.points.value(u"path #0072b2"_s);
+        QCOMPARE(outline.size(), 13); // four for each bar, then back to the first
+        const QList<double> grid = gridOf(bars); // at 0, 10, ... 50 %
+        QCOMPARE(grid.size(), 6);
+        const double heights[]{outline[0].y() - grid[0], outline[1].y() - grid[5],
+            outline[5].y() - (grid[2] + grid[3]) / 2.0, bars.places[6].y() - 5.0 - grid[0],
+            bars.places[11].y() - 5.0 - grid[5]};
+        for (const double height : heights)
+            QVERIFY2(std::fabs(height) < 1.5, qPrintable(QString::number(height)));
+        for (const int shift : {0, 1, 2}) // the right edge of each bar stands at its tick
+            QVERIFY(std::fabs(outline[4 * shift + 2].x() - bars.places[3 + shift].x() - 4.0) < 1.5);
+        QCOMPARE(bars.points.value(u"path #d55e00"_s).size(), 9);
+
+        const Picture lines = pictureOf(drawPatterns(u"x.svg"_s, u"t"_s, two, PlotStyle::Lines));
+        QCOMPARE(lines.texts.join(u'|'), u"t|a|b|0|1|2|0|10|20|30|40|50|"_s + axes);
+        QCOMPARE(lines.points.value(u"polyline #2d0b59"_s).size(), 2 * 2); // by segments
+        QCOMPARE(lines.shapes.value(u"polyline #f9b208"_s), 1);
+
+        const Picture none = pictureOf(drawCurves(u"x.svg"_s, {}, {}, {{{}, {{{}, {}}}, {}}}));
+        QCOMPARE(none.texts.first(6).join(u' '), u"0.0 0.1 0.2 0.3 0.4 0.5"_s);
+        const Picture one = pictureOf(drawPatterns(u"x.svg"_s, u"t"_s, {two[0]}, PlotStyle::Bars));
+        QVERIFY(!one.texts.contains("a"_L1)); // no legend for one
+        QSet<QString> colours;
+        for (const QString &shape : pictureOf(draw(u"bars"_s, u"n"_s, u"x.svg"_s)).shapes.keys())
+            colours += shape.startsWith("path"_L1) ? shape : QString();
+        QCOMPARE(colours.size(), 12 + 1);
+    }
+
+    void thinnedCurvesKeepTheirExtremes()
+    {
+        QList<QPointF> points;
+        for (int i = 0; i < 100000; ++i)
+            points.append({i * 1.0, i % 7 == 6 ? std::nan("") : 1.0 + i % 2});
+        points[50001].ry() = 40.0;
+        points[50002].ry() = -30.0;
+        const Picture svg = pictureOf(drawCurves(u"x.svg"_s, u"t"_s, u"x"_s,
+            {{u"y"_s, {{u"c"_s, points}}, {{u"r"_s, points}, {u"m"_s, {points[50001]}}}}}));
+        QCOMPARE(svg.texts.join(u'|'),
+            u"t|r|c|m|0|10000|20000|30000|40000|50000|60000|70000|80000|90000"
+            "|-20|0|20|40|x|y"_s);
+        QCOMPARE(svg.shapes.value(u"circle #d55e00"_s), 1);
+        QVERIFY(svg.shapes.value(u"polyline #0072b2"_s) <= 6400);
+        for (const QString &shape : {u"polyline #0072b2"_s, u"path #c6dff0"_s}) {
+            double low = 0.0;
+            double high = 1e9;
+            for (const QPointF &point : svg.points.value(shape)) {
+                low = std::max(low, point.y());
+                high = std::min(high, point.y());
+            }
+            const QList<double> grid = gridOf(svg); // at -20, 0, 20, 40
+            QVERIFY(grid.size() == 4 && std::fabs(high - grid[3]) < 1.0);
+            QVERIFY(std::fabs(low - (1.5 * grid[0] - 0.5 * grid[1])) < 1.0);
+        }
+    }
+
+    void littleMemoryIsAnError()
+    {
+#if defined(Q_OS_UNIX) && !defined(__SANITIZE_ADDRESS__)
+        rlimit before;
+        QCOMPARE(getrlimit(RLIMIT_AS, &before), 0);
+        const rlimit small{rlim_t{1} << 20, before.rlim_max};
+        QCOMPARE(setrlimit(RLIMIT_AS, &small), 0);
+        const auto picture = draw(u"bars"_s, u"n"_s, u"x.png"_s);
+        QCOMPARE(setrlimit(RLIMIT_AS, &before), 0);
+        if (picture.hasValue())
+            QSKIP("limits are not kept here");
+        QCOMPARE(picture.error().errorMessages().value(0),
+            u"cannot draw x.png: there is not enough memory"_s);
+        QVERIFY(draw(u"bars"_s, u"n"_s, u"x.png"_s).hasValue());
+#endif
+    }
+};
+
+int main(int argc, char **argv)
+{
+    // none of these may reach Qt
+    for (const char *name :
+        {"QT_QPA_PLATFORM", "QT_PLUGIN_PATH", "QT_QPA_PLATFORM_PLUGIN_PATH", "QT_STYLE_OVERRIDE",
+            "QT_QPA_PLATFORMTHEME", "QT_FATAL_WARNINGS", "QT_QPA_GENERIC_PLUGINS"})
+        qputenv(name, "nonsense");
+    qunsetenv("XDG_RUNTIME_DIR"); // Qt warns of that
+    const auto application = makeApplication(true);
+    if (application.hasError())
+        qFatal("%s", qUtf8Printable(application.error().errorMessages().value(0)));
+    tst_plots test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_plots.moc"
