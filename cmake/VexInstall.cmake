@@ -1,5 +1,7 @@
-# Package "vex": headers, libraries, program, CMake package and pkg-config file.
+# Package "vex": headers, libraries, program, CMake package and pkg-config file, in three components:
+# vex_program, vex_runtime (what programs load) and vex_development.
 include(CMakePackageConfigHelpers)
+set(vex_development COMPONENT vex_development)
 
 set(vex_targets vex)
 set(VEX_PC_REQUIRES "Qt6Core")
@@ -19,20 +21,20 @@ file(RELATIVE_PATH vex_rpath
     /${CMAKE_INSTALL_FULL_BINDIR} /${CMAKE_INSTALL_FULL_LIBDIR})
 if(VEX_BUILD_PROGRAM)
     set_target_properties(vexcli PROPERTIES INSTALL_RPATH "$ORIGIN/${vex_rpath}")
-    install(TARGETS vexcli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(TARGETS vexcli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT vex_program)
     if(TARGET vexplot) # where the program looks for it
-        install(TARGETS vexplot LIBRARY
+        install(TARGETS vexplot LIBRARY COMPONENT vex_program
             DESTINATION $<IF:$<BOOL:${WIN32}>,${CMAKE_INSTALL_BINDIR},${CMAKE_INSTALL_LIBDIR}/vex>)
     endif()
 endif()
 set_target_properties(${vex_targets} PROPERTIES INSTALL_RPATH "$ORIGIN")
 
 install(TARGETS ${vex_targets} EXPORT vexTargets
-    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(EXPORT vexTargets NAMESPACE vex:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vex)
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT vex_runtime
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT vex_runtime NAMELINK_COMPONENT vex_development
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} ${vex_development}
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} ${vex_development})
+install(EXPORT vexTargets NAMESPACE vex:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vex ${vex_development})
 
 configure_package_config_file(cmake/vexConfig.cmake.in vexConfig.cmake
     INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vex
@@ -40,10 +42,10 @@ configure_package_config_file(cmake/vexConfig.cmake.in vexConfig.cmake
 write_basic_package_version_file(vexConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vexConfig.cmake
     ${CMAKE_CURRENT_BINARY_DIR}/vexConfigVersion.cmake
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vex)
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vex ${vex_development})
 
 file(RELATIVE_PATH VEX_PC_PREFIX /${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig /${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/vex.pc.in vex.pc.in @ONLY)
 file(GENERATE OUTPUT vex.pc INPUT ${CMAKE_CURRENT_BINARY_DIR}/vex.pc.in)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vex.pc
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig ${vex_development})

@@ -3,7 +3,7 @@ set -eu
 cd "$(dirname "$0")/.."
 
 build_packages="g++ cmake ninja-build qt6-base-dev libqt6opengl6-dev qt6-charts-dev qt6-svg-dev fonts-dejavu-core"
-test_packages="pkg-config doxygen dpkg-dev file mmdebstrap fuse3 python3-fusepy"
+test_packages="pkg-config doxygen dpkg-dev file mmdebstrap fuse3 python3-fusepy lintian shellcheck codespell"
 windows_packages="g++-mingw-w64-x86-64-posix wine wine64 dpkg-dev clang libc++-dev"
 arm64_packages="g++-aarch64-linux-gnu qemu-user qt6-base-dev:arm64"
 bench_packages="libbenchmark-dev"

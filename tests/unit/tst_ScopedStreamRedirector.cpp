@@ -1,5 +1,6 @@
 #include <vex/InternalVersion.h>
 #include <vex/ScopedStreamRedirector.h>
+#include <vex/Version.h>
 
 #include <QTest>
 
@@ -67,7 +68,13 @@ private Q_SLOTS:
         QCOMPARE(target.str(), std::string("a"));
     }
 
-    void version() { QCOMPARE(vex::appInternalVersion(), QVersionNumber(6, 0, 0)); }
+    void version()
+    {
+        QCOMPARE(vex::appInternalVersion(), QVersionNumber(6, 0, 0));
+        QCOMPARE(vex::appInternalVersion().toString(), QStringLiteral(VEX_VERSION_STRING));
+        static_assert(
+            VEX_VERSION == VEX_VERSION_CHECK(6, 0, 0) && VEX_VERSION < VEX_VERSION_CHECK(6, 0, 1));
+    }
 };
 
 QTEST_APPLESS_MAIN(TestScopedStreamRedirector)
