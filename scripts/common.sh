@@ -1,12 +1,16 @@
+# shellcheck shell=sh
 # Shared by the scripts: what they install and how they build. Sourced, not run.
 set -eu
 cd "$(dirname "$0")/.."
 
-build_packages="g++ cmake ninja-build qt6-base-dev libqt6opengl6-dev qt6-charts-dev qt6-svg-dev fonts-dejavu-core"
-test_packages="pkg-config doxygen dpkg-dev file mmdebstrap fuse3 python3-fusepy lintian shellcheck codespell"
-windows_packages="g++-mingw-w64-x86-64-posix wine wine64 dpkg-dev clang libc++-dev"
-arm64_packages="g++-aarch64-linux-gnu qemu-user qt6-base-dev:arm64"
-bench_packages="libbenchmark-dev"
+# shellcheck disable=SC2034 # used by the scripts that source this one
+{
+    build_packages="g++ cmake ninja-build qt6-base-dev libqt6opengl6-dev qt6-charts-dev qt6-svg-dev fonts-dejavu-core"
+    test_packages="pkg-config doxygen dpkg-dev file mmdebstrap fuse3 python3-fusepy lintian shellcheck codespell"
+    windows_packages="g++-mingw-w64-x86-64-posix wine wine64 dpkg-dev clang libc++-dev"
+    arm64_packages="g++-aarch64-linux-gnu qemu-user qt6-base-dev:arm64"
+    bench_packages="libbenchmark-dev"
+}
 
 # as_root OTHERWISE COMMAND...: runs it as root, or through sudo, or says what to do otherwise.
 as_root() {
@@ -58,10 +62,10 @@ add_architecture() {
     as_root "add the architecture yourself: dpkg --add-architecture $1" dpkg --add-architecture "$1"
 }
 
-# configure PRESET [OPTION...]; uses ccache where there is one.
+# configure PRESET [OPTION...]; uses ccache where there is one, which finds what another copy of the sources has built.
 configure() {
     if command -v ccache >/dev/null; then
-        export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+        export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR="${CCACHE_BASEDIR-$PWD}"
     fi
     cmake --preset "$@"
 }
