@@ -22,7 +22,6 @@ if(MINGW)
             OUTPUT_VARIABLE place OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
         if(IS_ABSOLUTE "${place}") # a compiler without libssp needs none
             list(APPEND vex_runtime_files ${place})
-            list(APPEND compiler_files \${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/${dll})
         endif()
     endforeach()
     # their terms, as Debian's packages and scripts/windows-root have them; the test install.zip misses none
@@ -37,8 +36,10 @@ endif()
 install(FILES ${vex_runtime_files} DESTINATION ${CMAKE_INSTALL_BINDIR})
 if(MINGW AND CMAKE_STRIP) # Debian's have debug data, 20 MB
     install(CODE "if(CMAKE_INSTALL_DO_STRIP)
-        foreach(file IN ITEMS ${compiler_files})
-            execute_process(COMMAND ${CMAKE_STRIP} \"\$ENV{DESTDIR}\${file}\" COMMAND_ERROR_IS_FATAL ANY)
+        foreach(file IN ITEMS ${vex_runtime_files})
+            cmake_path(GET file FILENAME file)
+            execute_process(COMMAND_ERROR_IS_FATAL ANY COMMAND
+                ${CMAKE_STRIP} \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/\${file}\")
         endforeach()\nendif()")
 endif()
 
