@@ -1,5 +1,5 @@
 # Run by cpack on what is about to be packaged.
-file(GLOB_RECURSE files ${CPACK_TEMPORARY_DIRECTORY}/*/usr/bin/* ${CPACK_TEMPORARY_DIRECTORY}/*/usr/lib/*.so.*)
+file(GLOB_RECURSE files ${CPACK_TEMPORARY_DIRECTORY}/*/usr/bin/* ${CPACK_TEMPORARY_DIRECTORY}/*/usr/lib/*.so*)
 foreach(file IN LISTS files)
     if(NOT IS_SYMLINK ${file})
         file(RPATH_REMOVE FILE ${file})
