@@ -26,6 +26,14 @@ if(VEX_BUILD_PROGRAM)
         install(TARGETS vexplot LIBRARY COMPONENT vex_program
             DESTINATION $<IF:$<BOOL:${WIN32}>,${CMAKE_INSTALL_BINDIR},${CMAKE_INSTALL_LIBDIR}/vex>)
     endif()
+    if(TARGET vex_man)
+        install(DIRECTORY ${PROJECT_BINARY_DIR}/apps/vexcli/man/ # missing where only the program was built
+            DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 OPTIONAL)
+    endif()
+    if(UNIX)
+        install(FILES apps/vexcli/completion/vex
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+    endif()
 endif()
 set_target_properties(${vex_targets} PROPERTIES INSTALL_RPATH "$ORIGIN")
 
