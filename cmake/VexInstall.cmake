@@ -28,11 +28,11 @@ if(VEX_BUILD_PROGRAM)
     endif()
     if(TARGET vex_man)
         install(DIRECTORY ${PROJECT_BINARY_DIR}/apps/vexcli/man/ # missing where only the program was built
-            DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 OPTIONAL)
+            DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT vex_program OPTIONAL)
     endif()
     if(UNIX)
         install(FILES apps/vexcli/completion/vex
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT vex_program)
     endif()
 endif()
 set_target_properties(${vex_targets} PROPERTIES INSTALL_RPATH "$ORIGIN")
