@@ -13,7 +13,7 @@ if(NOT VEX_BUILD_PROGRAM)
     list(REMOVE_ITEM CPACK_COMPONENTS_ALL vex_program)
 endif()
 
-install(FILES README.md docs/dependencies.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES README.md docs/dependencies.md docs/program.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES data/l_glutamate_xic.csv data/proteins.fasta data/published_masses.csv
     DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 
