@@ -4,11 +4,10 @@
 #include "output/Progress.h"
 
 #include <chrono>
-#include <exception>
 #include <future>
-#include <memory>
 #include <new>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -20,24 +19,12 @@ namespace {
 constexpr std::chrono::milliseconds kInterruptEvery(50); // between two looks for Ctrl-C
 constexpr std::chrono::milliseconds kGrace(200); // to end by itself after Ctrl-C
 
-vex::Error noMemory()
-{
-    return failure(u"there is not enough memory"_s);
-}
-
 } // namespace
 
 BackgroundResult runInBackground(const std::function<vex::Error()> &work, bool endsItself)
 {
     try {
-        std::packaged_task<vex::Error()> task([work]() -> vex::Error {
-            try {
-                return work();
-            } catch (const std::bad_alloc &) {
-            } catch (const std::length_error &) { // a container beyond every address
-            }
-            return noMemory();
-        });
+        std::packaged_task<vex::Error()> task(work);
         auto result = task.get_future();
         std::thread thread(std::move(task));
         while (result.wait_for(kInterruptEvery) != std::future_status::ready) {
@@ -49,9 +36,11 @@ BackgroundResult runInBackground(const std::function<vex::Error()> &work, bool e
         }
         thread.join();
         return {result.get(), false};
-    } catch (const std::exception &) { // not even memory for a thread
-        return {noMemory(), false};
+    } catch (const std::bad_alloc &) {
+    } catch (const std::length_error &) { // a container beyond every address
+    } catch (const std::system_error &) { // no room for a thread
     }
+    return {failure(u"there is not enough memory"_s), false};
 }
 
 } // namespace vexcli

@@ -4,7 +4,7 @@
 
 int main(int argc, char *argv[])
 {
-    vexcli::prepareMemory();
+    vexcli::prepareProcess();
     vexcli::prepareStreams();
     vexcli::catchInterrupts();
     return vexcli::runProgram(vexcli::commandArguments(argc, argv));

@@ -378,7 +378,9 @@ private Q_SLOTS:
     void circumstancesAreTold()
     {
         write(u"many.fasta"_s, many(">p%1\nACDEFGHIK\n", 60));
-        write(u"masses.txt"_s, many("%1\n", 4000000));
+        write(u"masses.txt"_s, QByteArray("1000\n").repeated(4000000));
+        // read in pieces of 1 MiB: one ends between CR and LF
+        write(u"edge.txt"_s, "123\r\n" + QByteArray("1\r\n").repeated(349524) + "x\r\n");
         for (const auto &[name, command, code, expected] :
             {std::tuple("full device", "pattern 1000 >/dev/full", 1,
                  "cannot write standard output: No space left on device"),
@@ -391,13 +393,21 @@ private Q_SLOTS:
                     "cannot write standard output: Bad file descriptor"},
                 {"closed output, file", "pattern --mass 99 -o new.csv >&- 2>&-", 1, ""},
                 {"closed input", "pattern --masses - <&-", 1, "cannot read standard input: "},
-                {"gone reader", "pattern --fasta many.fasta | true; exit 1", 1, ""},
+                {"gone reader",
+                    "--version; (sleep 0.3; \"$0\" pattern 1000 -o new.csv; echo code $? >&2) | "
+                    "true;"
+                    "exit 1",
+                    1, "cannot write standard output: Broken pipe\ncode 1"},
+                {"full log", "pattern x --log /dev/full", 2,
+                    "cannot write /dev/full: No space left on device"},
                 {"log onto the input", "mass --masses in --log in", 2, "in would overwrite in"},
                 {"argument of bytes", "pattern --masses \"$(printf 'a\\377')\"", 2,
                     "argument 3 is no UTF-8 text"},
                 {"standard input twice", "compare - - <in", 2, "can be read once only"},
                 {"little memory", "mass --masses masses.txt -o new.csv", 1,
                     "there is not enough memory"},
+                {"line end in two pieces", "mass --masses edge.txt", 1,
+                    "edge.txt, line 349526: mass 'x' is not a number"},
                 {"few descriptors", "pattern --fasta many.fasta --plot 'plots/{name}.png'", 0, ""},
                 {"name of a folder above", "pattern --fasta in.fasta --plot 'plots/{name}/x.svg'",
                     1, "cannot write plots/__/x.svg"},
@@ -409,6 +419,8 @@ private Q_SLOTS:
             const QString text = QLatin1StringView(command);
             if (!VEX_HAS_PLOT && text.contains("--plot"_L1))
                 continue; // there is nothing to be written
+            if (VEX_SANITIZED && text.contains("masses.txt"_L1))
+                continue; // a sanitizer takes all addresses for itself
             QDir(m_folder->path()).mkdir(u"plots"_s);
             write(u"in"_s, "1\n");
             write(u"in.fasta"_s, ">..\nACD\n");
@@ -427,13 +439,13 @@ private Q_SLOTS:
                 + QString::number(outcome.exitCode) + outcome.errors;
             QVERIFY2(outcome.exitCode == code, qPrintable(told));
             QVERIFY2(outcome.errors.contains(QLatin1StringView(expected)), qPrintable(told));
-            QVERIFY2(outcome.errors.count(u'\n') <= 1, qPrintable(told));
+            QVERIFY2(outcome.errors.count(u'\n') <= 2, qPrintable(told));
             QCOMPARE(read(u"in"_s), "1\n");
             QCOMPARE(read(u"out.csv"_s) + read(u"out.svg"_s), "oldold");
             const bool isNew = QFile::remove(m_folder->filePath(u"new.csv"_s))
                 || QFile::remove(m_folder->filePath(u"new.svg"_s));
             QVERIFY2(isNew == (code == 0 && text.contains("new."_L1)), qPrintable(told));
-            QCOMPARE(files().size(), 6);
+            QCOMPARE(files().size(), 7);
             if (text.contains("{name}.png"_L1))
                 QCOMPARE(QDir(m_folder->filePath(u"plots"_s)).count(), 2 + 60);
         }

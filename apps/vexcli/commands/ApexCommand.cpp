@@ -232,7 +232,7 @@ void declare(CommandLine *commandLine)
         u"TIME"_s);
     commandLine->addOption({u"end"_s},
         u"Where the range ends, in the unit of the file (default: with the signal)."_s, u"TIME"_s);
-    addXUnitOption(commandLine, u"where it does not, x is in min"_s);
+    addXUnitOption(commandLine, u"min|s"_s, u"where it does not, x is in min"_s);
     addColumnsOptions(commandLine, u"x,y"_s);
     commandLine->addPlotOption(
         u"Draws the signal, its apex and the area into FILE (.svg or .png)."_s);

@@ -130,8 +130,8 @@ void declare(CommandLine *commandLine)
         "Positions count UTF-16 code units, from 1 in tables, from 0 in JSON. The exit code is 1 "
         "when a text is not valid as one of the kinds asked for."_s);
     commandLine->addPositional(u"PATH"_s, u"Name or path."_s, u"PATH..."_s);
-    commandLine->addRepeatableOption({u"kind"_s},
-        u"What to judge the texts as: name, path or local (default: all three)."_s, u"KIND"_s);
+    commandLine->addRepeatableOption(
+        {u"kind"_s}, u"What to judge the texts as (default: all three)."_s, u"name|path|local"_s);
 }
 
 vex::Error run(const CommandLine &commandLine, Results *results)

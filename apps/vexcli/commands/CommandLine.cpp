@@ -138,6 +138,7 @@ vex::Error CommandLine::parse(const QStringList &arguments)
         QString text = m_parser.errorText();
         if (text.endsWith(u'.'))
             text.chop(1);
+        text[0] = text[0].toLower(); // it stands behind the program's name
         if (const QStringList unknown = m_parser.unknownOptionNames(); !unknown.isEmpty()) {
             const QString meant = similarWord(unknown.constFirst(), m_names);
             text = u"there is no option %1"_s.arg(withDashes(unknown.constFirst()));

@@ -247,7 +247,7 @@ void declare(CommandLine *commandLine)
         u"Smallest correlation that counts as the same, -1 to 1 (default %1)."_s.arg(
             usual.minCorrelation),
         u"C"_s);
-    addXUnitOption(commandLine, u"where it does not, x has no unit"_s);
+    addXUnitOption(commandLine, u"min|s|m/z|Da"_s, u"where it does not, x has no unit"_s);
     addColumnsOptions(commandLine, u"x,y, in both files"_s);
     commandLine->addOutputOption(
         u"Writes both signals and their difference at every x of both to FILE as CSV: x, a, b, "

@@ -35,20 +35,21 @@ struct Reading
     double averageMass = 0.0; // daltons, of all but what is left out
     double monoisotopicMass = 0.0;
 
-    /// The first place that makes the counts doubtful; null when there is none.
-    const Finding *doubt() const
+    /// True when a place makes the counts doubtful.
+    bool isDoubtful() const
     {
-        const auto found =
-            std::find_if(check.findings.begin(), check.findings.end(), [](const Finding &finding) {
+        return std::any_of(
+            check.findings.begin(), check.findings.end(), [](const Finding &finding) {
+                const bool isCharge = std::all_of(finding.text.begin(), finding.text.end(),
+                    [](QChar character) { return character == u'+' || character == u'-'; });
                 return finding.kind == Finding::DigitsJoined
                     || finding.kind == Finding::CountChanged
                     || finding.kind == Finding::LostBeforeSymbol
-                    || finding.kind == Finding::CountTailIgnored;
+                    || (finding.kind == Finding::CountTailIgnored && !isCharge);
             });
-        return found == check.findings.end() ? nullptr : &*found;
     }
     /// True when the masses are those of the formula that was written.
-    bool isWhole() const { return problem.isEmpty() && leftOut.isEmpty() && !doubt(); }
+    bool isWhole() const { return problem.isEmpty() && leftOut.isEmpty() && !isDoubtful(); }
 };
 
 Reading read(const QString &text)
@@ -106,7 +107,7 @@ QByteArray asTable(const Reading &reading)
     const QString rest =
         reading.leftOut.isEmpty() ? QString() : " without "_L1 + reading.leftOut.join(", "_L1);
     text.clear();
-    if (reading.doubt())
+    if (reading.isDoubtful())
         text += reportLine(u"masses"_s, u"none, the counts are not clear"_s);
     else if (reading.check.counts.size() == reading.leftOut.size())
         text += reportLine(u"masses"_s, u"none, no element has a known mass"_s);
@@ -139,7 +140,7 @@ QJsonObject asJson(const Reading &reading)
     object.insert(u"findings"_s, findings);
     object.insert(u"leftOut"_s, QJsonArray::fromStringList(reading.leftOut));
     // a mass only where it is that of the whole; that of a part has keys of its own
-    const bool isPart = !reading.leftOut.isEmpty() && !reading.doubt();
+    const bool isPart = !reading.leftOut.isEmpty() && !reading.isDoubtful();
     const auto given = [](bool isGiven, double mass) {
         return isGiven ? QJsonValue(mass) : QJsonValue();
     };

@@ -46,9 +46,9 @@ int report(const vex::Error &error, bool withTrace)
 {
     if (!error.hasError())
         return Done;
-    std::fprintf(stderr, "vex: %s\n", qUtf8Printable(shownText(error.message())));
+    sayError(error.message());
     for (const QString &more : error.warnings())
-        std::fprintf(stderr, "vex: %s\n", qUtf8Printable(shownText(more)));
+        sayError(more);
     const auto lines = error.errorMessages();
     for (qsizetype i = 1; withTrace && i < lines.size(); ++i)
         std::fprintf(stderr, "  %s\n", qUtf8Printable(shownText(lines[i])));

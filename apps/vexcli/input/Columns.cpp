@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "commands/CommandLine.h"
+#include "output/Text.h"
 
 #include <QByteArrayView>
 #include <QRegularExpression>
@@ -18,7 +19,7 @@ namespace vexcli {
 
 namespace {
 
-constexpr QByteArrayView kSeparators = "\t;,"; // the first that reads a line as numbers is taken
+constexpr QByteArrayView kSeparators = "\t;,"; // the strongest first
 constexpr qsizetype kMostTitleLines = 100; // more are no head of a table
 
 using Fields = QVarLengthArray<QByteArrayView, 16>;
@@ -161,6 +162,9 @@ public:
 
     vex::Result<QStringList> finish() const
     {
+        if (!m_hasRow && m_titleLines.size() > 1)
+            return failure(u"%1 holds no numbers; %2 look like titles"_s.arg(
+                m_name, counted(m_titleLines.size(), u"line"_s)));
         if (m_commaLine > 0 && !m_isCommaSure)
             return failure(u"%1, line %2: %3 may be a decimal comma or a group of thousands; every "
                            "comma in the file may: --decimal comma or --decimal point tells"_s.arg(
@@ -194,33 +198,28 @@ private:
     /// A line before the first row is known: a title, or the row that tells how to read the others.
     vex::Error takeFirst(QByteArrayView line)
     {
-        vex::Error problem = vex::ErrorCode::NoError;
-        for (const char separator : kSeparators) {
-            if (!line.contains(separator))
-                continue;
-            problem = tryRow(line, separator);
-            if (m_hasRow || m_isFatal)
-                return problem;
-        }
-        const bool mayBeSingle = m_columns == 1 && m_request.choice.isEmpty()
-            && !line.contains('\t') && !line.contains(';');
-        if (mayBeSingle) {
+        const char separator = separatorOf(line);
+        auto problem = tryRow(line, separator);
+        if (m_hasRow || m_isFatal)
+            return problem;
+        const bool mayBeSingle = separator == ',' && m_columns == 1 && m_request.choice.isEmpty();
+        if (mayBeSingle) { // with a decimal comma
             problem = tryRow(line, 0);
             if (m_hasRow || m_isFatal)
                 return problem;
         }
-        const char likely = likelySeparator(line);
-        if (isTitles(line, likely) && m_titleLines.size() < kMostTitleLines) {
+        if (isTitles(line, separator) && m_titleLines.size() < kMostTitleLines) {
             m_titleLines.append(line.toByteArray());
             return vex::ErrorCode::NoError;
         }
-        return problemOf(line, likely);
+        return problemOf(line, separator);
     }
 
-    static char likelySeparator(QByteArrayView line)
+    /// The strongest separator in @p line, 0 for none. A weaker one would cut numbers apart.
+    static char separatorOf(QByteArrayView line)
     {
         for (const char separator : kSeparators) {
-            if (line.contains(separator))
+            if (split(line, separator).size() > 1)
                 return separator;
         }
         return 0;
@@ -279,9 +278,8 @@ private:
         }
         const QStringList wanted = m_request.choice.split(u',');
         if (wanted.size() != m_columns)
-            return fatal(usageFailure(u"--column '%1' names %2 columns, wanted are %3: %4"_s.arg(
-                m_request.choice, QString::number(wanted.size()), QString::number(m_columns),
-                m_request.names.join(u','))));
+            return fatal(usageFailure(u"--column '%1' names %2; wanted: %3"_s.arg(m_request.choice,
+                counted(wanted.size(), u"column"_s), m_request.names.join(u','))));
         for (const QString &column : wanted) {
             const qsizetype place = placeOf(column.trimmed(), separator);
             if (place < 0)
@@ -401,9 +399,9 @@ private:
             hint = u"; --column tells which"_s;
         if (separator == ',' && expected < fields.size() && fields.size() <= 2 * expected)
             hint += u"; between commas a number takes a decimal point"_s;
-        return failure(u"%1: expected %2 (%3), found %4%5"_s.arg(where(),
-            expected == 1 ? u"1 column"_s : u"%1 columns"_s.arg(expected),
-            m_request.names.join(", "_L1), QString::number(fields.size()), hint));
+        return failure(
+            u"%1: expected %2 (%3), found %4%5"_s.arg(where(), counted(expected, u"column"_s),
+                m_request.names.join(", "_L1), QString::number(fields.size()), hint));
     }
 
     /// What is wrong with a line that is neither a title nor a row.

@@ -70,9 +70,9 @@ vex::Result<Counts> countsFromText(const QString &text)
                 u"the formula '%1' has decimals, which formula texts cannot hold: "
                 "write equally many decimals everywhere and leave the point out "
                 "(%2), or use --averagine FILE.json"_s.arg(text, withoutDecimalPoints(text)));
-        if (finding.kind == Finding::DigitsJoined || finding.kind == Finding::CountChanged)
+        if (finding.kind != Finding::CharacterDropped) // something would be left out or changed
             return usageFailure(u"the formula '%1' is not clear: %2"_s.arg(text, finding.message));
-        if (!(finding.kind == Finding::CharacterDropped && finding.text.front().isSpace()))
+        if (!finding.text.front().isSpace())
             warnings.append(u"formula: "_s + finding.message);
     }
     for (const QString &warning : std::as_const(warnings))

@@ -105,12 +105,12 @@ QString XUnit::with(const QString &number) const
     return symbol.isEmpty() ? number : number + u' ' + symbol;
 }
 
-void addXUnitOption(CommandLine *commandLine, const QString &otherwise)
+void addXUnitOption(CommandLine *commandLine, const QString &units, const QString &otherwise)
 {
     commandLine->addOption({u"x-unit"_s},
-        u"Unit of the x column, and so of what is printed: min, s, m/z or Da. Without it the title "
-        "of the column tells; %1."_s.arg(otherwise),
-        u"UNIT"_s);
+        u"Unit of the x column, and so of what is printed. Without it the title of the column "
+        "tells; %1."_s.arg(otherwise),
+        units);
 }
 
 vex::Result<SignalFile> readSignal(const CommandLine &commandLine, const QString &path)

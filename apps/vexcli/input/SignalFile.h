@@ -32,8 +32,10 @@ struct XUnit
     QString with(const QString &number) const;
 };
 
-/// Offers --x-unit. @p otherwise says what counts where neither it nor a title tells.
-void addXUnitOption(CommandLine *commandLine, const QString &otherwise);
+/// Offers --x-unit.
+/// @param units      that the command takes, such as "min|s"
+/// @param otherwise  what counts where neither the option nor a title tells
+void addXUnitOption(CommandLine *commandLine, const QString &units, const QString &otherwise);
 
 /// A signal, and what its file says of it.
 struct SignalFile

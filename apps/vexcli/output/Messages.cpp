@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "output/Text.h"
+#include "platform/Files.h"
 
 #include <vex/CommandLineKeys.h>
 
@@ -46,19 +47,31 @@ std::mutex mutex; // messages come from more than one thread
 std::size_t lowestRank = 2; // warnings and worse
 std::unique_ptr<QFile> logFile;
 
+/// One line each on standard error and in the log.
+void say(const QString &shown, const QString &logged)
+{
+    const std::scoped_lock lock(mutex);
+    std::fprintf(stderr, "vex: %s\n", qUtf8Printable(shownText(shown)));
+    if (!logFile)
+        return;
+    const QByteArray line = (QDateTime::currentDateTime().toString(Qt::ISODateWithMs) + u' '
+        + shownText(logged) + u'\n')
+                                .toUtf8();
+    if (logFile->write(line) == line.size())
+        return;
+    const QString problem =
+        u"cannot write %1: %2"_s.arg(logFile->fileName(), logFile->errorString());
+    logFile.reset();
+    std::fprintf(stderr, "vex: %s\n", qUtf8Printable(shownText(problem)));
+}
+
 void handleMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
 {
     const std::size_t rank = rankOf(type);
     if (rank < lowestRank)
         return;
-    const QString line = "%1: %2\n"_L1.arg(kSeverities[rank].name, shownText(text));
-    const std::scoped_lock lock(mutex);
-    std::fprintf(stderr, "vex: %s", qUtf8Printable(line));
-    if (logFile) {
-        logFile->write(
-            (QDateTime::currentDateTime().toString(Qt::ISODateWithMs) + u' ' + line).toUtf8());
-        logFile->flush();
-    }
+    const QString line = "%1: %2"_L1.arg(kSeverities[rank].name, text);
+    say(line, line);
 }
 
 } // namespace
@@ -66,6 +79,11 @@ void handleMessage(QtMsgType type, const QMessageLogContext &, const QString &te
 void warn(const QString &text)
 {
     qWarning("%s", qUtf8Printable(text));
+}
+
+void sayError(const QString &text)
+{
+    say(text, "error: "_L1 + text);
 }
 
 vex::Error setUpMessages(const QString &logPath, const QString &severity)
@@ -79,8 +97,10 @@ vex::Error setUpMessages(const QString &logPath, const QString &severity)
         lowestRank = static_cast<std::size_t>(found - kSeverities.begin());
     }
     if (!logPath.isEmpty()) {
-        auto file = std::make_unique<QFile>(logPath);
-        if (!file->open(QIODevice::WriteOnly | QIODevice::Append))
+        const bool isDevice = !devicePath(logPath).isEmpty(); // which has no end to go to
+        auto file = std::make_unique<QFile>(isDevice ? devicePath(logPath) : logPath);
+        if (!file->open(QIODevice::WriteOnly | QIODevice::Unbuffered
+                | (isDevice ? QIODevice::NotOpen : QIODevice::Append)))
             return failure(u"cannot write %1: %2"_s.arg(logPath, file->errorString()));
         logFile = std::move(file);
     }

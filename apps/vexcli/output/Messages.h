@@ -9,6 +9,9 @@ namespace vexcli {
 /// Says @p text on standard error, and in the log file if there is one.
 void warn(const QString &text);
 
+/// Says why the program ends with an error, in the same places.
+void sayError(const QString &text);
+
 /// Lets messages of at least the severity through to standard error, and to the log file if there
 /// is one. Each is one line, whatever it holds.
 /// @param logFile   appended to; empty for none

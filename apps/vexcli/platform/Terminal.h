@@ -8,9 +8,9 @@
 
 namespace vexcli {
 
-/// Has all threads share one heap, where the C library would reserve much more address space than a
-/// limit on it leaves.
-void prepareMemory();
+/// Settles what the system's libraries would do otherwise: before anything else, and before there
+/// is a second thread.
+void prepareProcess();
 
 /// Makes the standard streams carry the same bytes on every system: UTF-8, lines end with LF. A
 /// console shows them as text and understands escape sequences. A stream that the caller closed

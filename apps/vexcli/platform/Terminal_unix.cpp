@@ -28,9 +28,10 @@ extern "C" void handleSignal(int signal)
 
 } // namespace
 
-void prepareMemory()
+void prepareProcess()
 {
 #if defined(__GLIBC__)
+    // a heap for each thread reserves more address space than a limit on it may leave
     mallopt(M_ARENA_MAX, 1);
 #endif
 }

@@ -37,7 +37,12 @@ BOOL WINAPI handleControl(DWORD event)
 
 } // namespace
 
-void prepareMemory() { }
+void prepareProcess()
+{
+    // Where a thread ends, MinGW frees its thread-local objects before it destroys them (GCC's bug
+    // 83562); Qt keeps the stack of compiled regular expressions in one.
+    qputenv("QT_ENABLE_REGEXP_JIT", "0");
+}
 
 void prepareStreams()
 {
