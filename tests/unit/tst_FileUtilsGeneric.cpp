@@ -7,7 +7,6 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QOperatingSystemVersion>
 #include <QRandomGenerator>
@@ -16,8 +15,7 @@
 #include <QTest>
 #include <QTranslator>
 
-#include <algorithm>
-#include <cerrno>
+#include <array>
 #include <memory>
 
 #include <vex/FileUtilsGeneric.h>
@@ -26,9 +24,7 @@
 #if defined(Q_OS_UNIX)
 #    include <thread>
 
-#    include <fcntl.h>
 #    include <sys/stat.h>
-#    include <sys/syscall.h>
 #    include <unistd.h>
 #else
 #    include <windows.h>
@@ -77,22 +73,6 @@ QString found(const PathCheck &check)
 
 } // namespace
 
-#if defined(Q_OS_UNIX)
-static off_t unreadable = -1; // place in a file; below 0: none
-
-/// What the system does for Qt, but for a bad place on the disk.
-extern "C" [[gnu::visibility("default")]] ssize_t read(int file, void *data, size_t size)
-{
-    const off_t place = unreadable < 0 ? -1 : lseek(file, 0, SEEK_CUR);
-    if (place >= 0 && place >= unreadable) {
-        errno = EIO;
-        return -1;
-    }
-    return syscall(
-        SYS_read, file, data, place < 0 ? size : std::min(size, size_t(unreadable - place)));
-}
-#endif
-
 class TestFileUtilsGeneric : public QObject
 {
     Q_OBJECT
@@ -112,10 +92,10 @@ private:
 #endif
     }
     /// Every file below a folder as "path=content".
-    QStringList tree(const QString &name = u"."_s) const
+    QString tree() const
     {
         QStringList files;
-        QDirIterator all(at(name), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        QDirIterator all(at(u"."_s), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
         while (all.hasNext()) {
             QFile file(all.next());
             const bool isOpen = file.open(QIODevice::ReadOnly);
@@ -123,7 +103,7 @@ private:
                 + QString::fromUtf8(isOpen ? file.readAll() : "not readable");
         }
         files.sort();
-        return files;
+        return files.join(u' ');
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -134,12 +114,11 @@ private Q_SLOTS:
         m_folder = std::make_unique<QTemporaryDir>();
     }
 
-    void pathsAreCleanedAndCompared()
+    void paths()
     {
         // a path, the same once cleaned, and where Windows has something else
-        for (const auto &[path, clean, cleanOnWindows] : {std::tuple(u""_s, u""_s, u""_s),
-                 {u"/a//b/"_s, u"/a/b"_s, u""_s}, {u"/"_s, u"/"_s, u""_s},
-                 {u"./a/../b/."_s, u"b"_s, u""_s}, {u"../a"_s, u"../a"_s, u""_s},
+        for (const auto &[path, clean, cleanOnWindows] : {std::tuple(u"/a//b/"_s, u"/a/b"_s, u""_s),
+                 {u"/"_s, u"/"_s, u""_s}, {u"./a/../b/."_s, u"b"_s, u""_s},
                  {u"//srv/x"_s, u"/srv/x"_s, u"//srv/x"_s}, {u"a\\b\\"_s, u"a\\b\\"_s, u"a/b"_s}}) {
             QString expected = kOnWindows && !cleanOnWindows.isEmpty() ? cleanOnWindows : clean;
             QCOMPARE(Files::cleanPath(path, false), expected);
@@ -149,37 +128,14 @@ private Q_SLOTS:
             QCOMPARE(Files::cleanPath(path, true), expected);
         }
         QVERIFY(!Files::compare(u"C:/A"_s, u"c:/a"_s));
-    }
-
-    void charactersAndPatterns()
-    {
         QCOMPARE(Files::unsupportedCharacters(), plain::unsupportedCharacters());
         QCOMPARE(Files::pathSeparatorsRegex().pattern(), u"[/\\\\]"_s);
         QCOMPARE(Files::pathSeparators(), (QList<QChar>{u'/', u'\\'}));
         QCOMPARE(Files::validFilePath(u"x/y?z"_s, QChar(u'-')), u"x/y-z"_s);
-        QVERIFY(Files::startsWithPathSeparator(u"\\a"_s));
-        QVERIFY(Files::endsWithPathSeparator(u"a/"_s));
-        QVERIFY(!Files::startsWithPathSeparator(u"a/"_s));
-        QVERIFY(!Files::endsWithPathSeparator(QString()));
-    }
-
-    void validity()
-    {
-        const auto mark = [](bool isValid) { return isValid ? u'+' : u'-'; };
-        // a text, what it is as name, path and local path, and where Windows differs
-        for (const auto &[text, expected, onWindows] :
-            {std::tuple(u""_s, "---", ""), {u"a"_s, "+++", ""}, {u"a/b"_s, "-++", ""},
-                {u"a/b\\c"_s, "-+-", "-++"}, {u"a?b"_s, "---", ""}, {u"/"_s, "-++", ""},
-                {u"//"_s, "-++", ""}, {u"///"_s, "-++", "-+-"}, {u"1:"_s, "--+", ""},
-                {u"CC:/x"_s, "---", ""}, {u":/x"_s, "---", ""}, {u"C:/a:b"_s, "---", ""},
-                {u"C:/dir/file.txt"_s, "--+", ""}, {u"\\\\server\\share"_s, "-+-", "-++"},
-                {u"//server/share/x"_s, "-++", ""}, {u"//C:/x"_s, "--+", ""}, // also a drive
-                {u"NUL. "_s, "+++", ""}, {u"a/b"_s + QChar(0xd800), "+++", ""}}) { // advice only
-            const QString found = QString() + mark(Files::isValidFileName(text))
-                + mark(Files::isValidFilePath(text)) + mark(Files::isValidLocalPath(text));
-            const QLatin1StringView own(kOnWindows && *onWindows ? onWindows : expected);
-            QVERIFY2(found == own, qPrintable(text + u": "_s + found));
-        }
+        QVERIFY(Files::startsWithPathSeparator(u"\\a"_s) && Files::endsWithPathSeparator(u"a/"_s));
+        QVERIFY(!Files::startsWithPathSeparator(u"a/"_s) && !Files::endsWithPathSeparator({}));
+        QCOMPARE(Files::isValidLocalPath(u"\\\\server\\share"_s), kOnWindows);
+        QCOMPARE(Files::isValidLocalPath(u"///"_s), !kOnWindows); // nothing behind a server's "//"
     }
 
     /// Tables and reasons give the answers of the patterns, whatever the text.
@@ -213,15 +169,17 @@ private Q_SLOTS:
                  {name, u"a<b\t/"_s, "character 1+1, character 3+1, character 4+1"},
                  {name, u"a:\U0001F600"_s + QChar(0xdc00), "~untested 1+1, ~invalid 4+1"},
                  {name, u"nul.tar.gz"_s, "~reserved 0+10"}, {name, u"Com\u00b9"_s, "~reserved 0+4"},
-                 {name, u"nully"_s, ""}, {name, u"com10"_s, ""}, {name, u"a. . "_s, "~end 1+4"},
-                 {name, u"CON ."_s, "~reserved 0+5, ~end 3+2"},
+                 {name, u"com10"_s, ""}, {name, u"a. . "_s, "~end 1+4"},
+                 {local, u""_s, "empty 0+0"}, {name, u"CON ."_s, "~reserved 0+5, ~end 3+2"},
                  {name, QString(256, u'a'), "~long name 0+256"},
                  {name, QString(128, u'\u00e9'), "~long name 0+128"}, // bytes count
                  {path, u"aux/b?\\.. /."_s, "~reserved 0+3, character 5+1, ~end 7+3"},
                  {path, QString(261, u'/'), "~long path 0+261"},
                  {local, u"/x//../b:c/"_s, "character 2+1"}, // places are those of the cleaned path
                  {local, u"CC:/a*/b"_s, "drive 0+3, character 5+1"},
-                 {local, u"C:/a|/b./c|"_s, "character 4+1, ~end 7+1, character 10+1"}})
+                 {local, u"C:/a|/b./c|"_s, "character 4+1, ~end 7+1, character 10+1"},
+                 {local, u"//"_s, ""}, {local, u"1:"_s, ""}, {local, u":/x"_s, "drive 0+1"},
+                 {local, u"C:/a:b"_s, "character 4+1"}, {local, u"//C:/../x"_s, ""}})
             QCOMPARE(found(check(text)), QLatin1StringView(expected));
     }
 
@@ -252,10 +210,9 @@ private Q_SLOTS:
     {
         QTranslator translator;
         QVERIFY(translator.load(QStringLiteral(VEX_SOURCE_FOLDER "/tests/data/files_de.qm")));
+        QVERIFY(QCoreApplication::installTranslator(&translator));
         write(u"file"_s, "");
         const QString path = at(u"file/x"_s);
-        QCOMPARE(Files::mkPath(path).message(), u"Cannot create path: "_s + path);
-        QVERIFY(QCoreApplication::installTranslator(&translator));
         QCOMPARE(reportOf(Files::mkPath(path)),
             (ErrorReport{vex::GeneralFailure, u"Ordner nicht angelegt: "_s + path,
                 {u"src/FileUtilsGeneric:271"_s}}));
@@ -285,7 +242,7 @@ private Q_SLOTS:
             filters.setFlag(QDir::Files, bits & 1);
             filters.setFlag(QDir::Dirs, bits & 2);
             filters.setFlag(QDir::NoDotAndDotDot, bits & 8);
-            for (const QString &path : {at(u"d"_s), at(u"d/"_s), at(u"d/../d"_s), at(u"none"_s)}) {
+            for (const QString &path : {at(u"d"_s), at(u"d/../d/"_s), at(u"none"_s)}) {
                 QDirIterator entries(path, (bits & 11) != 0 ? filters : QDir::NoFilter,
                     (bits & 4) != 0 ? QDirIterator::Subdirectories : QDirIterator::NoIteratorFlags);
                 QStringList expected;
@@ -312,8 +269,7 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(at(u"empty"_s)) && QFile::exists(at(u"full/a"_s)));
         const QString logged = vex::test::loggedBy(
             [this] { QVERIFY(!Files::removeDirectoryIfEmpty(at(u"hidden"_s))); });
-        QVERIFY2(
-            logged.startsWith("1 src/FileUtilsGeneric:168 static bool"_L1), qPrintable(logged));
+        QVERIFY(logged.startsWith("1 src/FileUtilsGeneric:168 static bool"_L1));
         QVERIFY(logged.endsWith(": Unable to delete canceled directory: "_L1 + at(u"hidden"_s)));
     }
 
@@ -327,46 +283,38 @@ private Q_SLOTS:
         QCOMPARE(reportOf(error),
             (ErrorReport{vex::GeneralFailure, message, {u"src/FileUtilsGeneric:391"_s}}));
         QVERIFY(!error.warnings().isEmpty());
-        QCOMPARE(tree().join(u' '), u"a=new b=old c=new"_s);
+        QCOMPARE(tree(), u"a=new b=old c=new"_s);
 #if defined(Q_OS_LINUX)
         // its size is said to be 0
         QVERIFY(!Files::copyFile(u"/proc/version"_s, at(u"d"_s)).hasError());
-        QVERIFY(tree().last().startsWith("d=Linux version"_L1));
+        QVERIFY(tree().contains(" d=Linux version"_L1));
 #endif
     }
 
     /// A destination that is there makes the move copy; folders that are missing there are renamed.
     void moves()
     {
-        for (const bool isMerged : {false, true}) {
-            write(u"s/a"_s, "1");
-            write(u"s/sub/b"_s, "22");
-            write(u"s/sub/deep/c"_s, "333");
-            QVERIFY(!isMerged || QDir().mkpath(at(u"d/sub"_s)));
-            vex::MoveReport report;
-            vex::Error error = Files::moveDirectory(at(u"s"_s), at(u"d/"_s), true, &report);
-            QVERIFY2(!error.hasError(), qPrintable(error.message()));
-            static constexpr std::array kNames{"renamed", "created", "copied", "deleted", "left"};
-            QStringList steps; // one word, path and size for each
-            for (const vex::MoveReport::Step &step : report.steps)
-                steps += u"%1 %2 %3"_s.arg(QLatin1StringView(kNames[step.kind]),
-                    step.source.sliced(m_folder->path().size() + 1), QString::number(step.bytes));
-            QCOMPARE(steps.constLast(), isMerged ? u"deleted s 0"_s : u"renamed s 6"_s);
-            steps.sort();
-            QCOMPARE(steps.join(u", "_s),
-                isMerged ? u"copied s/a 1, copied s/sub/b 2, deleted s 0, deleted s/a 1, "
-                           "deleted s/sub 0, deleted s/sub/b 2, renamed s/sub/deep 3"_s
-                         : u"renamed s 6"_s);
-            QCOMPARE(report.bytes(vex::MoveReport::Step::Copied), isMerged ? 3 : 0);
-            QCOMPARE(tree().join(u' '), u"d/a=1 d/sub/b=22 d/sub/deep/c=333"_s);
-            if (!isMerged) { // back again, by paths that stand in the report that is filled
-                const vex::MoveReport::Step &last = report.steps.constLast();
-                error = Files::moveDirectory(last.destination, last.source, true, &report);
-                QVERIFY(!error.hasError());
-                QCOMPARE(report.steps.constLast().destination, at(u"s"_s));
-            }
-            QVERIFY(QDir(at(u"d"_s)).removeRecursively());
-        }
+        write(u"s/a"_s, "1");
+        write(u"s/sub/b"_s, "22");
+        write(u"s/sub/deep/c"_s, "333");
+        QVERIFY(QDir().mkpath(at(u"d/sub"_s)));
+        vex::MoveReport report;
+        QVERIFY(!Files::moveDirectory(at(u"s"_s), at(u"d/"_s), true, &report).hasError());
+        QCOMPARE(tree(), u"d/a=1 d/sub/b=22 d/sub/deep/c=333"_s);
+        const vex::MoveReport::Step &last = report.steps.constLast();
+        QCOMPARE(last.source, at(u"s"_s));
+        QStringList steps; // kind, path and size
+        for (const vex::MoveReport::Step &step : report.steps)
+            steps += u"%1 %2 %3"_s.arg(QString::number(step.kind),
+                step.source.sliced(m_folder->path().size() + 1), QString::number(step.bytes));
+        steps.sort();
+        QCOMPARE(steps.join(u", "_s),
+            u"0 s/sub/deep 3, 2 s/a 1, 2 s/sub/b 2, 3 s 0, 3 s/a 1, 3 s/sub 0, 3 s/sub/b 2"_s);
+        QCOMPARE(report.bytes(vex::MoveReport::Step::Copied), 3);
+        // back again, by paths that stand in the report that is filled
+        QVERIFY(!Files::moveDirectory(last.destination, last.source, true, &report).hasError());
+        QCOMPARE(report.steps.constFirst().destination, at(u"s"_s));
+        QCOMPARE(report.bytes(vex::MoveReport::Step::Renamed), 6);
     }
 
     void hiddenFilesStay()
@@ -380,7 +328,7 @@ private Q_SLOTS:
             const vex::Error error =
                 Files::moveDirectory(at(u"s"_s), at(u"d"_s), removeSource, &report);
             QCOMPARE(error.message(), removeSource ? u"Cannot remove "_s + at(u"s"_s) : QString());
-            QCOMPARE(tree().join(u' '), u"d/sub/b=333 s/.hidden=1 s/sub/.hidden=22"_s);
+            QCOMPARE(tree(), u"d/sub/b=333 s/.hidden=1 s/sub/.hidden=22"_s);
             QCOMPARE(report.count(vex::MoveReport::Step::LeftBehind), 4);
             QCOMPARE(report.steps.constLast().reason, u"It is hidden"_s);
         }
@@ -389,48 +337,36 @@ private Q_SLOTS:
     /// The error has its text and its places, and nothing is lost.
     void failedMoves()
     {
-        // source, destination, error, lines of its trace; %1 is the temporary folder
-        const auto table = uR"(
-none | d | Source directory %1/none doesn't exist | 403
-s/a | d | Source directory %1/s/a doesn't exist | 403
- | d | Source directory  doesn't exist | 403
-s |  | Cannot create folder  | 414
-s | file/x | Cannot create folder %1/file/x | 414
-s | file | Cannot create folder %1/file | 414
-s | s/sub/new/x | Cannot create folder %1/s/sub/new/x | 414
-s | taken | Cannot copy %1/s/sub/deep/c to %1/taken/sub/deep/c | 430 426 426
-s/sub/deep | s/sub/../sub/deep | Cannot copy %1/s/sub/deep/c to %1/s/sub/deep/c | 430
-s/empty | s/empty | Cannot remove %1/s/empty | 439
-s | Q:/x/y | Cannot create folder Q:/x/y | 414
-s | S/sub/new | Cannot create folder %1/S/sub/new | 414
-)"_s.trimmed();
+        for (const QString &name : {u"s/a"_s, u"s/sub/c"_s, u"file"_s, u"taken/sub/c"_s})
+            write(name, name.toUtf8());
+        QVERIFY(QDir().mkpath(at(u"s/empty"_s)));
+        const QString before = tree();
+        // source, destination, error, lines of its trace; % is the temporary folder
+        const QString table = uR"(
+%/none | %/d | Source directory %/none doesn't exist | 403
+ | %/d | Source directory  doesn't exist | 403
+%/s |  | Cannot create folder  | 414
+%/s | %/file/x | Cannot create folder %/file/x | 414
+%/s | %/s/sub/new/x | Cannot create folder %/s/sub/new/x | 414
+%/s/sub/.. | %/s/sub/../sub | Cannot create folder %/s/sub/../sub | 414
+%/s/sub | %/taken/sub | Cannot copy %/s/sub/c to %/taken/sub/c | 430
+%/s/sub | %/s/a/../sub | Cannot copy %/s/sub/c to %/s/sub/c | 430
+%/s/empty | %/s/empty | Cannot remove %/s/empty | 439
+)"_s.trimmed()
+                                  .replace(u'%', m_folder->path());
         for (const QString &line : table.split(u'\n')) {
             const QStringList cells = line.split(u" | "_s);
-            // a drive that is not there; other letters for the same folder
-            if (!kOnWindows && (cells[1].startsWith(u'Q') || cells[1].startsWith(u'S')))
-                continue;
-            init();
-            for (const QString &name :
-                {u"s/a"_s, u"s/sub/b"_s, u"s/sub/deep/c"_s, u"file"_s, u"taken/sub/deep/c"_s})
-                write(name, name.toUtf8());
-            QVERIFY(QDir().mkpath(at(u"s/empty"_s)));
-            const auto contents = [this] {
-                QStringList all = tree();
-                all.replaceInStrings(QRegularExpression(u"^.*="_s), QString()).sort();
-                return all;
-            };
-            const QStringList before = contents();
-            const auto path = [this](
-                                  const QString &cell) { return cell.isEmpty() ? cell : at(cell); };
-            const vex::Error failed = Files::moveDirectory(path(cells[0]), path(cells[1]), true);
-            QStringList trace = cells[3].split(u' ');
-            trace.replaceInStrings(QRegularExpression(u"^"_s), u"src/FileUtilsGeneric:"_s);
-            const QString message = QString(cells[2]).replace("%1"_L1, m_folder->path());
-            QCOMPARE(reportOf(failed), (ErrorReport{vex::FileAccessError, message, trace}));
-            for (const auto &place : failed.trace())
+            const vex::Error failed = Files::moveDirectory(cells[0], cells[1], true);
+            QCOMPARE(failed.message(), cells[2]);
+            QCOMPARE(failed.code(), vex::FileAccessError);
+            QStringList trace;
+            for (const auto &place : failed.trace()) {
                 QVERIFY(place.function.contains("FileUtilsGeneric::moveDirectory("_L1));
-            QVERIFY2(contents() == before, qPrintable(line));
-            QVERIFY(QFile::exists(at(u"s/empty"_s)) || cells[1] == "taken"_L1);
+                trace += QString::number(place.line);
+            }
+            QCOMPARE(trace.join(u' '), cells[3]);
+            QCOMPARE(tree(), before);
+            QVERIFY(QFile::exists(at(u"s/empty"_s)));
         }
     }
 
@@ -451,7 +387,7 @@ s | S/sub/new | Cannot create folder %1/S/sub/new | 414
                 Files::moveDirectory("//./"_L1 + at(u"o/s"_s), at(u"o/D"_s), true, &report);
 #endif
             QVERIFY2(!error.hasError(), qPrintable(error.message()));
-            QCOMPARE(tree().join(u' ').toLower(), u"o/d/a=1 s/a=other"_s);
+            QCOMPARE(tree().toLower(), u"o/d/a=1 s/a=other"_s);
             // renamed, also to the same name in other letters: nothing is left behind
             QVERIFY(!Files::moveDirectory(at(u"o/d"_s), at(u"o/D"_s), true, &report).hasError());
             QCOMPARE(report.steps.size(), 1);
@@ -479,10 +415,10 @@ s | S/sub/new | Cannot create folder %1/S/sub/new | 414
             (ErrorReport{vex::GeneralFailure, u"Moving %1 was cancelled"_s.arg(at(u"s"_s)),
                 {u"src/FileUtilsGeneric:440"_s}}));
         QCOMPARE(done, (QList<qint64>{0, 10, 20, 20}));
-        QCOMPARE(tree(u"s"_s).size(), 3);
+        QCOMPARE(tree().count("s/"_L1), 3);
         QVERIFY(!move(100).hasError()); // goes on
         QCOMPARE(done, (QList<qint64>{0, 10, 20, 30}));
-        QCOMPARE(tree(u"d"_s).size(), 6);
+        QCOMPARE(tree().count("d/"_L1), 6);
     }
 
     /// What each reader makes of a file.
@@ -492,47 +428,36 @@ s | S/sub/new | Cannot create folder %1/S/sub/new | 414
         const QString file = at(u"file"_s);
         const QString folder = m_folder->path();
         const QString notOpened = u"Cannot open file %1 for reading: "_s;
-        // Qt places it at or behind the character
-        const QString broken = u"Invalid JSON, line 1, "_s;
         const QString nothing = u"Invalid JSON: there is nothing"_s;
-        const QString same; // as for the array
-        // content, number of rows and the last one, array, keys of the object; or what is wrong
+        const QString noNul = u": The name holds a NUL"_s;
+        // content, its rows, array and keys of the object; or what is wrong
         for (const auto &[path, content, rows, array, object] :
-            {std::tuple(file, QByteArray(""), u"0 "_s, nothing, same),
-                {file, "\r\n", u"1 "_s, nothing, same},
-                {file, "{\"a\":1}\r\n", u"1 {\"a\":1}"_s, u"object where an array"_s, u"a"_s},
-                {file, "[\n1]", u"2 1]"_s, u"[1]"_s, u"array where an object"_s},
-                {file, "{\n \"a\": [1,", u"2  \"a\": [1,"_s, u"JSON, line 2, column 10"_s, same},
-                {file, QByteArray("[\0]", 3), u"1 [\0]"_s, broken + u"column 2"_s, same},
-                {file, "ab\n\xff\n[\"", u"3 [\""_s, broken, same},
-                {file, QByteArray("\xff\xfe[\0]\0", 6), u"1 []"_s, broken, same},
+            {std::tuple(file, QByteArray("\r\n"), u""_s, nothing, nothing),
+                {file, "{\"a\":1}\r\n", u"{\"a\":1}"_s, u"object where an array"_s, u"a"_s},
+                {file, "[\n1]", u"[|1]"_s, u"1"_s, u"array where an object"_s},
+                {file, "{\n \"a\": [1,", u"{| \"a\": [1,"_s, u"line 2, column 10"_s, u"line 2"_s},
                 {QString(), "", u"Unable to open file: : No file name specified"_s,
-                    notOpened.arg(QString()), same},
-                {file + u"\0.b"_s, "", u": The name holds a NUL"_s, u": The name holds a NUL"_s,
-                    same},
+                    notOpened.arg(QString()), notOpened.arg(QString())},
+                {file + u"\0.b"_s, "", noNul, noNul, noNul},
                 {folder, "", u"Unable to open file: %1: "_s.arg(folder),
-                    notOpened.arg(QDir::toNativeSeparators(folder)), same}}) {
+                    notOpened.arg(QDir::toNativeSeparators(folder)), u"Cannot open"_s}}) {
             write(u"file"_s, content);
-            const auto readRows = Files::readFileRows(path);
-            const QStringList list = readRows.valueOr({});
-            const QString foundRows = readRows.hasError()
-                ? readRows.error().message()
-                : QString::number(list.size()) + u' ' + list.value(list.size() - 1);
-            const auto readArray = Files::readJsonArrayFromFile(path);
-            const QString foundArray = readArray.hasError()
-                ? readArray.error().message()
-                : QString::fromUtf8(
-                    QJsonDocument(readArray.value()).toJson(QJsonDocument::Compact));
-            QJsonObject readObject{{u"old"_s, 1}};
+            const auto inRows = Files::readFileRows(path);
+            const auto inArray = Files::readJsonArrayFromFile(path);
+            QJsonObject inObject{{u"old"_s, 1}};
             QStringList errors{u"first"_s};
-            const bool isRead = Files::readJsonObjectFromFile(path, &readObject, &errors);
-            QCOMPARE(readObject.contains("old"_L1), !isRead);
+            const bool isRead = Files::readJsonObjectFromFile(path, &inObject, &errors);
+            QCOMPARE(Files::readJsonObjectFromFile(path, &inObject, nullptr), isRead);
             QCOMPARE(errors.size() > 2, !isRead); // what was there, the message, its trace
-            const QString foundObject = isRead ? readObject.keys().join(u' ') : errors[1];
-            for (const auto &[found, expected] : {std::pair(foundRows, rows), {foundArray, array},
-                     {foundObject, object.isEmpty() ? array : object}})
-                QVERIFY2(found.contains(expected), qPrintable(found + u" - "_s + expected));
-            QCOMPARE(Files::readJsonObjectFromFile(path, &readObject, nullptr), isRead);
+            const std::pair<QString, QString> answers[] = {
+                {inRows.hasError() ? inRows.error().message() : inRows.value().join(u'|'), rows},
+                {inArray.hasError() ? inArray.error().message()
+                                    : QString::number(inArray.value()[0].toInt()),
+                    array},
+                {isRead ? inObject.keys().join(u' ') : errors[1], object}};
+            for (const auto &[answer, expected] : answers)
+                QVERIFY2(answer.contains(expected), qPrintable(answer + u" - "_s + expected));
+            QCOMPARE(inObject.contains("old"_L1), !isRead);
         }
     }
 
@@ -551,8 +476,8 @@ s | S/sub/new | Cannot create folder %1/S/sub/new | 414
             for (quint32 n = random.bounded(9U); n > 0; --n)
                 content += pieces[random.bounded(int(pieces.size()))];
             write(u"file"_s, content);
-            const auto marked = QStringConverter::encodingForData(content);
-            const auto encoding = marked.value_or(QStringConverter::Utf8);
+            const auto encoding =
+                QStringConverter::encodingForData(content).value_or(QStringConverter::Utf8);
             QString text = QStringDecoder(encoding)(content);
             QTextStream stream(&text);
             QStringList expected;
@@ -587,44 +512,29 @@ s | S/sub/new | Cannot create folder %1/S/sub/new | 414
 
     void longLinesAreRead()
     {
-        const QByteArray line(100000000, 'x');
-        write(u"file"_s, line);
-        const auto rows = Files::readFileRows(at(u"file"_s));
-        QCOMPARE(rows.value().size(), 1);
-        QCOMPARE(rows.value().constFirst().size(), line.size());
-        const auto array = Files::readJsonArrayFromFile(at(u"file"_s));
-        QVERIFY(array.error().message().startsWith("Invalid JSON, line 1, column "_L1));
+        write(u"file"_s, QByteArray(100000000, 'x'));
+        QCOMPARE(Files::readFileRows(at(u"file"_s)).value().value(0).size(), 100000000);
+        QVERIFY(Files::readJsonArrayFromFile(at(u"file"_s)).hasError());
     }
 
-#if defined(Q_OS_UNIX)
-    /// A failure in the middle is none of the file's ends.
+#if defined(Q_OS_LINUX)
+    /// A failure is no end of the file: this one opens, and what lies at 0 cannot be read.
     void failedReadsAreErrors()
     {
-        write(u"file"_s, '[' + QByteArray(200000, '\n') + ']');
-        const QString path = at(u"file"_s);
-        for (const off_t place : {0, 100000}) {
-            unreadable = place;
-            const auto rows = Files::readFileRows(path);
-            const auto array = Files::readJsonArrayFromFile(path);
-            unreadable = -1;
-            QVERIFY(rows.hasError() && array.hasError());
-            const QString message = u"Cannot read from %1: Input/output error"_s.arg(path);
-            ErrorReport expected{vex::FileAccessError, message, { u"src/FileUtilsGeneric:443"_s }};
-            QCOMPARE(reportOf(rows.error()), expected);
-            expected.trace = {u"src/FileUtilsGeneric:445"_s, u"src/FileUtilsGeneric:446"_s};
-            QCOMPARE(reportOf(array.error()), expected);
-        }
+        const QString path = u"/proc/self/mem"_s;
+        const QString message = u"Cannot read from %1: Input/output error"_s.arg(path);
+        ErrorReport expected{vex::FileAccessError, message, { u"src/FileUtilsGeneric:443"_s }};
+        QCOMPARE(reportOf(Files::readFileRows(path).error()), expected);
+        expected.trace = {u"src/FileUtilsGeneric:445"_s, u"src/FileUtilsGeneric:446"_s};
+        QCOMPARE(reportOf(Files::readJsonArrayFromFile(path).error()), expected);
     }
+#endif
 
+#if defined(Q_OS_UNIX)
     void pipesAreWaitedFor()
     {
-        const QByteArray path = QFile::encodeName(at(u"fifo"_s));
-        QCOMPARE(mkfifo(path.constData(), 0600), 0);
-        std::thread writer([&path] {
-            const int pipe = open(path.constData(), O_WRONLY); // returns once there is a reader
-            std::ignore = ::write(pipe, "[1]", 3);
-            close(pipe);
-        });
+        QCOMPARE(mkfifo(QFile::encodeName(at(u"fifo"_s)).constData(), 0600), 0);
+        std::thread writer([this] { write(u"fifo"_s, "[1]"); }); // once there is a reader
         const auto array = Files::readJsonArrayFromFile(at(u"fifo"_s));
         writer.join();
         QCOMPARE(array.value(), QJsonArray{1});
