@@ -76,16 +76,15 @@ bool same(const Result<T> &result, const std::optional<T> &expected)
         return result.value() == *expected;
 }
 
-bool same(const QList<double> &p, const QList<double> &q)
+bool same(QPointF p, QPointF q)
 {
-    return std::ranges::equal(p, q, [](double a, double b) { return same(a, b); });
+    return same(p.x(), q.x()) && same(p.y(), q.y());
 }
 
-/// Points likewise.
-bool same(const QList<QPointF> &p, const QList<QPointF> &q)
+template <typename T>
+bool same(const QList<T> &p, const QList<T> &q)
 {
-    return std::ranges::equal(
-        p, q, [](QPointF a, QPointF b) { return same(a.x(), b.x()) && same(a.y(), b.y()); });
+    return std::ranges::equal(p, q, [](T a, T b) { return same(a, b); });
 }
 
 } // namespace
@@ -137,22 +136,15 @@ private Q_SLOTS:
 
     void intervalsOfLongSignals()
     {
-        enum Kind {
-            RandomGaps,
-            EqualGaps,
-            LongGapsWhereTheSampleLooks,
-            Descending,
-            SomeNaN
-        };
-        for (int kind = RandomGaps; kind <= SomeNaN; ++kind) {
+        // random gaps; equal ones; long ones where the sample looks; descending; some NaN
+        for (int kind = 0; kind < 5; ++kind) {
             QRandomGenerator random(7);
             PlotBase plot;
             double x = 0.0;
             for (int i = 0; i < 50001; ++i) {
-                const double gap = kind == EqualGaps ? 0.25 : random.generateDouble();
-                const bool isLong = kind == LongGapsWhereTheSampleLooks && i % 48 == 1;
-                x += isLong ? 1000.0 : kind == Descending ? -gap : gap;
-                plot.points().append({kind == SomeNaN && i % 9 == 0 ? kNaN : x, 1.0});
+                const double gap = kind == 1 ? 0.25 : random.generateDouble();
+                x += kind == 2 && i % 48 == 1 ? 1000.0 : kind == 3 ? -gap : gap;
+                plot.points().append({kind == 4 && i % 9 == 0 ? kNaN : x, 1.0});
             }
             const auto interval = PlotUtilities::guessSamplingInterval(plot);
             QVERIFY(same(interval, plain::guessSamplingInterval(plot)));
@@ -176,15 +168,6 @@ private Q_SLOTS:
             QCOMPARE(PlotUtilities::mergeDomains(plotOf(a), plotOf(b), 9.0).value(), domain);
     }
 
-    void intervalsNeedTwoPoints()
-    {
-        const ErrorReport expected{InvalidInput,
-            u"Can't guess sampling interval with less than 2 points"_s,
-            {u"src/PlotUtilities:341"_s}};
-        for (const PlotBase &plot : {PlotBase(), plotOf({{1, 5}})})
-            QCOMPARE(test::reportOf(PlotUtilities::guessSamplingInterval(plot).error()), expected);
-    }
-
     void thresholds()
     {
         using namespace PlotUtilities;
@@ -206,6 +189,10 @@ private Q_SLOTS:
         std::ignore = removeCloseValues(&values, 1e-6);
         QCOMPARE(values, (QList<double>{1.0, 1.0000011, 2.0}));
         QCOMPARE(PlotUtilities::abs(plotOf({{1, -2}})).points(), (QList<QPointF>{{1, 2}}));
+        const ErrorReport expected{InvalidInput,
+            u"Can't guess sampling interval with less than 2 points"_s,
+            {u"src/PlotUtilities:341"_s}};
+        QCOMPARE(test::reportOf(guessSamplingInterval(plotOf({{1, 5}})).error()), expected);
     }
 
     void verdictsAndFindings()
@@ -249,11 +236,10 @@ private Q_SLOTS:
         const auto areaOf = [](const PlotBase &signal, double start, double end) {
             return signal.computeAreaNoUnitConversion(start, end, false, PlotBase::Trapezoid);
         };
-        QCOMPARE(areaOf(line, -5.0, 9.0), 6.0);
-        QCOMPARE(areaOf(line, 0.5, 1.5), 2.0);
-        QCOMPARE(areaOf(line, 1.0, 3.0), 4.0);
-        QCOMPARE(areaOf(line, 2.0, 3.0), 1.0); // behind the step
-        QCOMPARE(areaOf(line, 3.0, 1.0), 0.0);
+        // whole; in one line; over the step; behind it; inverted
+        for (const auto &[start, end, area] : {std::tuple(-5.0, 9.0, 6.0), {0.5, 1.5, 2.0},
+                 {1.0, 3.0, 4.0}, {2.0, 3.0, 1.0}, {3.0, 1.0, 0.0}})
+            QCOMPARE(areaOf(line, start, end), area);
         QCOMPARE(line.evaluate(2.0, 1, 0), 4.0); // the first of both
         QCOMPARE(line.evaluate(1.5, 1, 0), 3.0);
         QVERIFY(line.evaluate(-0.1, 1, 0) == 0.0 && line.evaluate(kNaN, 1, 0) == 0.0);
