@@ -162,8 +162,7 @@ private Q_SLOTS:
 
     void reasonsHaveTheirPlace()
     {
-        const auto name = &PathCheck::ofFileName;
-        const auto path = &PathCheck::ofFilePath;
+        const auto name = &PathCheck::ofFileName, path = &PathCheck::ofFilePath;
         const auto local = &PathCheck::ofLocalPath;
         for (const auto &[check, text, expected] : {std::tuple(name, u""_s, "empty 0+0"),
                  {name, u"a<b\t/"_s, "character 1+1, character 3+1, character 4+1"},
@@ -238,10 +237,9 @@ private Q_SLOTS:
 #endif
         for (int bits = 0; bits < 16; ++bits) {
             const auto options = static_cast<Files::FileSearchOptions>(bits);
-            QDir::Filters filters;
-            filters.setFlag(QDir::Files, bits & 1);
-            filters.setFlag(QDir::Dirs, bits & 2);
-            filters.setFlag(QDir::NoDotAndDotDot, bits & 8);
+            const QDir::Filters filters = ((bits & 1) != 0 ? QDir::Files : QDir::Filters())
+                | ((bits & 2) != 0 ? QDir::Dirs : QDir::Filters())
+                | ((bits & 8) != 0 ? QDir::NoDotAndDotDot : QDir::Filters());
             for (const QString &path : {at(u"d"_s), at(u"d/../d/"_s), at(u"none"_s)}) {
                 QDirIterator entries(path, (bits & 11) != 0 ? filters : QDir::NoFilter,
                     (bits & 4) != 0 ? QDirIterator::Subdirectories : QDirIterator::NoIteratorFlags);
@@ -284,11 +282,6 @@ private Q_SLOTS:
             (ErrorReport{vex::GeneralFailure, message, {u"src/FileUtilsGeneric:391"_s}}));
         QVERIFY(!error.warnings().isEmpty());
         QCOMPARE(tree(), u"a=new b=old c=new"_s);
-#if defined(Q_OS_LINUX)
-        // its size is said to be 0
-        QVERIFY(!Files::copyFile(u"/proc/version"_s, at(u"d"_s)).hasError());
-        QVERIFY(tree().contains(" d=Linux version"_L1));
-#endif
     }
 
     /// A destination that is there makes the move copy; folders that are missing there are renamed.
@@ -317,27 +310,11 @@ private Q_SLOTS:
         QCOMPARE(report.bytes(vex::MoveReport::Step::Renamed), 6);
     }
 
-    void hiddenFilesStay()
-    {
-        write(u"s/.hidden"_s, "1");
-        write(u"s/sub/.hidden"_s, "22");
-        write(u"s/sub/b"_s, "333");
-        QVERIFY(QDir().mkpath(at(u"d/sub"_s)));
-        for (const bool removeSource : {true, false}) {
-            vex::MoveReport report;
-            const vex::Error error =
-                Files::moveDirectory(at(u"s"_s), at(u"d"_s), removeSource, &report);
-            QCOMPARE(error.message(), removeSource ? u"Cannot remove "_s + at(u"s"_s) : QString());
-            QCOMPARE(tree(), u"d/sub/b=333 s/.hidden=1 s/sub/.hidden=22"_s);
-            QCOMPARE(report.count(vex::MoveReport::Step::LeftBehind), 4);
-            QCOMPARE(report.steps.constLast().reason, u"It is hidden"_s);
-        }
-    }
-
     /// The error has its text and its places, and nothing is lost.
     void failedMoves()
     {
-        for (const QString &name : {u"s/a"_s, u"s/sub/c"_s, u"file"_s, u"taken/sub/c"_s})
+        for (const QString &name :
+            {u"s/a"_s, u"s/sub/c"_s, u"file"_s, u"taken/sub/c"_s, u"hidden/.h"_s})
             write(name, name.toUtf8());
         QVERIFY(QDir().mkpath(at(u"s/empty"_s)));
         const QString before = tree();
@@ -352,6 +329,7 @@ private Q_SLOTS:
 %/s/sub | %/taken/sub | Cannot copy %/s/sub/c to %/taken/sub/c | 430
 %/s/sub | %/s/a/../sub | Cannot copy %/s/sub/c to %/s/sub/c | 430
 %/s/empty | %/s/empty | Cannot remove %/s/empty | 439
+%/hidden | %/taken | Cannot remove %/hidden | 439
 )"_s.trimmed()
                                   .replace(u'%', m_folder->path());
         for (const QString &line : table.split(u'\n')) {
@@ -373,26 +351,22 @@ private Q_SLOTS:
     /// Nothing is cleaned before the system has read it.
     void foldersAreWhereTheSystemFindsThem()
     {
-        for (const bool isMerged : {false, true}) {
-            write(u"o/s/a"_s, "1");
-            write(u"s/a"_s, "other");
-            QVERIFY(QDir().mkpath(at(u"o/in"_s)) && (!isMerged || QDir().mkpath(at(u"o/d"_s))));
-            vex::MoveReport report;
+        write(u"o/s/a"_s, "1");
+        write(u"s/a"_s, "other");
+        QVERIFY(QDir().mkpath(at(u"o/in"_s)));
+        vex::MoveReport report;
 #if defined(Q_OS_UNIX)
-            QVERIFY(isMerged || QFile::link(at(u"o/in"_s), at(u"l"_s)));
-            const vex::Error error =
-                Files::moveDirectory(at(u"l/../s"_s), at(u"l/../d/."_s), true, &report);
+        QVERIFY(QFile::link(at(u"o/in"_s), at(u"l"_s)));
+        const QStringList paths{at(u"l/../s"_s), at(u"l/../d/."_s)};
 #else
-            const vex::Error error =
-                Files::moveDirectory("//./"_L1 + at(u"o/s"_s), at(u"o/D"_s), true, &report);
+        const QStringList paths{"//./"_L1 + at(u"o/s"_s), at(u"o/D"_s)};
 #endif
-            QVERIFY2(!error.hasError(), qPrintable(error.message()));
-            QCOMPARE(tree().toLower(), u"o/d/a=1 s/a=other"_s);
-            // renamed, also to the same name in other letters: nothing is left behind
-            QVERIFY(!Files::moveDirectory(at(u"o/d"_s), at(u"o/D"_s), true, &report).hasError());
-            QCOMPARE(report.steps.size(), 1);
-            QVERIFY(QDir(at(u"o/D"_s)).removeRecursively());
-        }
+        const vex::Error error = Files::moveDirectory(paths[0], paths[1], true, &report);
+        QVERIFY2(!error.hasError(), qPrintable(error.message()));
+        QCOMPARE(tree().toLower(), u"o/d/a=1 s/a=other"_s);
+        // renamed, also to the same name in other letters: nothing is left behind
+        QVERIFY(!Files::moveDirectory(at(u"o/d"_s), at(u"o/D"_s), true, &report).hasError());
+        QCOMPARE(report.steps.size(), 1);
     }
 
     void progressIsToldAndCancels()
@@ -495,11 +469,10 @@ private Q_SLOTS:
         const QString path = at(u"%1 %2"_s);
         using namespace std::string_literals;
         for (const auto &[content, rows, line] :
-            {std::tuple("\xff\xfe\xfd\xff\n\0"s, u"\ufffd"_s, 0),
-                {"\xef\xbf\xbd\n\xff\n\x80"s, u"\ufffd|\ufffd|\ufffd"_s, 2}, {"\xe4"s, u""_s, 1},
-                {"a\n\xe4\xb8"s, u"a"_s, 2}, {"\xff\xfex\0\n\0b"s, u"x"_s, 2},
-                {"\xfe\xff\0a\0"s, u"a"_s, 1}, {"\xff\xfe\n\0\0\xd8"s, u"|"_s + QChar(0xd800), 2},
-                {"\xff\xfe\0\0a\0\0\0\n\0\0"s, u"a"_s, 1},
+            {std::tuple("\xef\xbf\xbd\n\xff\n\x80"s, u"\ufffd|\ufffd|\ufffd"_s, 2),
+                {"\xff\xfe\xfd\xff\n\0"s, u"\ufffd"_s, 0}, {"a\n\xe4\xb8"s, u"a"_s, 2},
+                {"\xff\xfex\0\n\0b"s, u"x"_s, 2},
+                {"\xff\xfe\n\0\0\xd8"s, u"|"_s + QChar(0xd800), 2},
                 {"\0\0\xfe\xff\0\0\0\n\0\x11\0\0\0\0\0\n"s, u"|\xdc00\xdc00"_s, 2}}) {
             write(u"%1 %2"_s, QByteArray::fromStdString(content));
             const auto read = Files::readFileRows(path);
