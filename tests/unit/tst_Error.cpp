@@ -54,14 +54,10 @@ void misuse(const QByteArray &kind)
 {
     R result = kind.endsWith("value") ? R(unreadable()) : R(7);
     result.addWarning(u"only just"_s);
-    if (kind == "value")
-        std::ignore = result.value();
-    else if (kind == "moved value")
-        std::ignore = std::move(result).value();
-    else if (kind == "error")
-        std::ignore = result.error();
-    else if (kind == "moved error")
-        std::ignore = std::move(result).error();
+    if (kind.startsWith("moved"))
+        kind.endsWith("value") ? void(std::move(result).value()) : void(std::move(result).error());
+    else
+        kind.endsWith("value") ? void(result.value()) : void(result.error());
     std::puts("came back");
 }
 
