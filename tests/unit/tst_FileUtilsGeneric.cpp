@@ -314,7 +314,7 @@ private Q_SLOTS:
     void failedMoves()
     {
         for (const QString &name :
-            {u"s/a"_s, u"s/sub/c"_s, u"file"_s, u"taken/sub/c"_s, u"hidden/.h"_s})
+            {u"s/a"_s, u"s/sub/c"_s, u"file"_s, u"taken/sub/c"_s, u"hidden/sub/.h"_s, u"t/sub/c"_s})
             write(name, name.toUtf8());
         QVERIFY(QDir().mkpath(at(u"s/empty"_s)));
         const QString before = tree();
@@ -326,7 +326,7 @@ private Q_SLOTS:
 %/s | %/file/x | Cannot create folder %/file/x | 414
 %/s | %/s/sub/new/x | Cannot create folder %/s/sub/new/x | 414
 %/s/sub/.. | %/s/sub/../sub | Cannot create folder %/s/sub/../sub | 414
-%/s/sub | %/taken/sub | Cannot copy %/s/sub/c to %/taken/sub/c | 430
+%/t | %/taken | Cannot copy %/t/sub/c to %/taken/sub/c | 430 426
 %/s/sub | %/s/a/../sub | Cannot copy %/s/sub/c to %/s/sub/c | 430
 %/s/empty | %/s/empty | Cannot remove %/s/empty | 439
 %/hidden | %/taken | Cannot remove %/hidden | 439
