@@ -14,6 +14,7 @@
 #include "output/Table.h"
 #include "output/Text.h"
 
+#include <vex/CommandLineKeys.h>
 #include <vex/FileUtilsGeneric.h>
 #include <vex/MolecularMass.h>
 
@@ -208,7 +209,8 @@ private:
 class Plots
 {
 public:
-    vex::Error plan(const QString &path, const QList<Molecule> &molecules)
+    /// @param taken  files that are read or written besides
+    vex::Error plan(const QString &path, const QList<Molecule> &molecules, const QStringList &taken)
     {
         if (path.isEmpty())
             return vex::ErrorCode::NoError;
@@ -229,6 +231,8 @@ public:
             if (files.contains(file))
                 return failure(u"two patterns would be drawn into %1"_s.arg(filled));
             files.insert(file);
+            if (auto error = requireOtherFiles(taken, {filled}); error.hasError())
+                return passedOn(std::move(error));
             if (auto error = requireWritable(filled); error.hasError())
                 return passedOn(std::move(error));
             if (isInterrupted())
@@ -372,7 +376,9 @@ vex::Error run(const CommandLine &commandLine, Results *results)
     for (const QString &name : std::as_const(unknown))
         warn(u"published masses of %1: no such sequence"_s.arg(name));
     Plots plots;
-    if (auto error = plots.plan(commandLine.plotFile(), molecules.value()); error.hasError())
+    const QStringList taken = commandLine.inputFiles()
+        + QStringList{commandLine.outputFile(), commandLine.value(vex::klog)};
+    if (auto error = plots.plan(commandLine.plotFile(), molecules.value(), taken); error.hasError())
         return passedOn(std::move(error));
 
     const Report report(model, minimalShare.value(), published);
