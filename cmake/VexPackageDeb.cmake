@@ -23,10 +23,10 @@ function(vex_describe_package component name section description)
     configure_file(${PROJECT_SOURCE_DIR}/CHANGELOG.md ${folder}/changelog COPYONLY)
     execute_process(COMMAND gzip -9nf changelog.Debian changelog WORKING_DIRECTORY ${folder} COMMAND_ERROR_IS_FATAL ANY)
     install(FILES ${folder}/copyright ${folder}/changelog.Debian.gz ${folder}/changelog.gz DESTINATION share/doc/${name}
-        COMPONENT ${component})
+        COMPONENT ${component} EXCLUDE_FROM_ALL)
     string(REGEX REPLACE "^libvex[0-9]+$" "libvex" overrides ${name})
     install(FILES ${package}/${overrides}.lintian-overrides DESTINATION share/lintian/overrides RENAME ${name}
-        COMPONENT ${component})
+        COMPONENT ${component} EXCLUDE_FROM_ALL)
 endfunction()
 
 set(package ${PROJECT_SOURCE_DIR}/cmake/package)
