@@ -166,8 +166,11 @@ private Q_SLOTS:
             bars.places[11].y() - 5.0 - grid[5]};
         for (const double height : heights)
             QVERIFY2(std::fabs(height) < 1.5, qPrintable(QString::number(height)));
-        for (const int shift : {0, 1, 2}) // the right edge of each bar stands at its tick
-            QVERIFY(std::fabs(outline[4 * shift + 2].x() - bars.places[3 + shift].x() - 4.0) < 1.5);
+        for (const int shift : {0, 1, 2}) { // level, and the right edge stands at its tick
+            const QPointF edge = outline[4 * shift + 2];
+            QVERIFY(std::fabs(edge.x() - bars.places[3 + shift].x() - 4.0) < 1.5);
+            QVERIFY(std::fabs(edge.y() - outline[4 * shift + 1].y()) < 0.01);
+        }
         QCOMPARE(bars.points.value(u"path #d55e00"_s).size(), 9);
 
         const Picture lines = pictureOf(drawPatterns(u"x.svg"_s, u"t"_s, two, PlotStyle::Lines));
