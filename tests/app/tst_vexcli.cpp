@@ -120,8 +120,8 @@ private:
             write(name + u'/' + file.key(), file.value());
         return files;
     }
-    /// What a line of a transcript does, in lines: standard output as it is, "! " and standard
-    /// error, "? " and the exit code when it is not 0.
+    /// What a line of a transcript does, in lines: standard output as it is but for blank lines,
+    /// JSON in one line; then standard error behind "!" and the exit code.
     QStringList outcomeOf(QString command)
     {
         for (const auto &[text, meant] :
@@ -134,7 +134,6 @@ private:
             write(rest.section(u' ', 0, 0), rest.section(u' ', 1).toUtf8());
             return {};
         }
-        QString output;
         QStringList lines;
         Outcome outcome{0, {}, {}};
         if (name == "cat"_L1)
@@ -143,19 +142,13 @@ private:
             outcome.output = files().join(u'\n') + u'\n';
         else
             outcome = vex(rest);
-        for (QString text : {outcome.output, outcome.errors}) {
-            const QString mark =
-                lines.isEmpty() && !text.isEmpty() && text != outcome.errors ? QString() : u"! "_s;
-            if (text.endsWith(u'\n'))
-                text.chop(1);
-            else if (!text.isEmpty())
-                text += "<no line end>"_L1;
-            if (!text.isEmpty())
-                for (const QString &line : text.split(u'\n'))
-                    lines.append(mark + line);
-        }
-        if (outcome.exitCode != 0)
-            lines.append("? "_L1 + QString::number(outcome.exitCode));
+        if (outcome.output.startsWith(u'[') || outcome.output.startsWith(u'{')) // JSON
+            outcome.output = outcome.output.simplified();
+        const QString error = "!"_L1 + QString::number(outcome.exitCode) + u' ';
+        for (const auto &[mark, text] :
+            {std::pair(QString(), outcome.output), {error, outcome.errors}})
+            for (const QString &line : text.split(u'\n', Qt::SkipEmptyParts))
+                lines.append(mark + line);
         return lines;
     }
     /// True when @p line is @p expected, in which "..." stands for anything.
@@ -169,7 +162,7 @@ private:
                 return false;
             from += part.size();
         }
-        return from == line.size() || parts.last().isEmpty() || line.endsWith(parts.last());
+        return parts.size() > 1 ? line.endsWith(parts.last()) : from == line.size();
     }
     QStringList files() const
     {
@@ -235,16 +228,32 @@ private Q_SLOTS:
         expected.removeLast();
         for (qsizetype i = 0; i < expected.size();) {
             const QString command = expected[i++];
-            actual.append(command);
-            if (!command.startsWith("$ "_L1))
-                continue; // a comment
-            for (const QString &line : outcomeOf(command.sliced(2))) {
-                const bool isExpected = i < expected.size() && matches(line, expected[i]);
-                actual.append(isExpected ? expected[i] : line);
+            const auto isAnswer = [&] {
+                return i < expected.size() && !expected[i].startsWith("$ "_L1)
+                    && !expected[i].startsWith("# "_L1);
+            };
+            if (!command.startsWith("$ "_L1)) {
+                actual.append(command); // a comment
+                continue;
+            }
+            const QString typed = command.section("  !"_L1, 0, 0);
+            const QStringList answers = outcomeOf(typed.sliced(2));
+            const bool isError = answers.size() == 1 && answers[0].startsWith(u'!');
+            const QString line = isError ? typed + "  "_L1 + answers[0] : typed;
+            actual.append(matches(line, command) ? command : line);
+            for (const QString &answer : answers.sliced(isError ? 1 : 0)) {
+                const bool isRest = isAnswer() && expected[i] == "..."_L1;
+                if (isRest && !matches(answer, expected.value(i + 1))) {
+                    if (actual.last() != "..."_L1)
+                        actual.append(u"..."_s); // many lines
+                    continue;
+                }
+                i += isRest ? 1 : 0;
+                const bool isExpected = isAnswer() && matches(answer, expected[i]);
+                actual.append(isExpected ? expected[i] : answer);
                 i += isExpected ? 1 : 0;
             }
-            while (i < expected.size() && !expected[i].startsWith("$ "_L1)
-                && !expected[i].startsWith("# "_L1))
+            while (isAnswer())
                 ++i; // not what came
         }
         const QByteArray text = actual.join(u'\n').toUtf8() + '\n';

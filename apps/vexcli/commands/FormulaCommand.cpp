@@ -112,9 +112,9 @@ QByteArray asTable(const Reading &reading)
     else if (reading.check.counts.size() == reading.leftOut.size())
         text += reportLine(u"masses"_s, u"none, no element has a known mass"_s);
     else
-        text += reportLine(rest.isEmpty() ? u"average mass"_s : u"average, a part"_s,
+        text += reportLine(rest.isEmpty() ? u"average mass"_s : u"partial average"_s,
                     fixedNumber(reading.averageMass, 4) + " Da"_L1 + rest)
-            + reportLine(rest.isEmpty() ? u"monoisotopic mass"_s : u"monoisotopic, a part"_s,
+            + reportLine(rest.isEmpty() ? u"monoisotopic mass"_s : u"partial monoisotopic"_s,
                 fixedNumber(reading.monoisotopicMass, 4) + " Da"_L1 + rest);
     for (const Finding &finding : reading.check.findings)
         text += reportLine(u"note"_s, finding.message);
