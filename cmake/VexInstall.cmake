@@ -50,6 +50,7 @@ configure_package_config_file(cmake/vexConfig.cmake.in vexConfig.cmake
 write_basic_package_version_file(vexConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vexConfig.cmake
     ${CMAKE_CURRENT_BINARY_DIR}/vexConfigVersion.cmake
+    cmake/VexBuildInfo.cmake
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vex ${vex_development})
 
 file(RELATIVE_PATH VEX_PC_PREFIX /${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig /${CMAKE_INSTALL_PREFIX})
