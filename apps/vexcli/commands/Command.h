@@ -81,6 +81,7 @@ extern const Command kFormulaCommand;
 extern const Command kMassCommand;
 extern const Command kMoveCommand;
 extern const Command kPatternCommand;
+extern const Command kSysInfoCommand;
 
 /// Runs the command that @p arguments begin with, reports errors and gives the exit code.
 int runProgram(const vex::Result<QStringList> &arguments);

@@ -34,6 +34,7 @@ constexpr std::array kCommands{
     &kMassCommand,
     &kMoveCommand,
     &kPatternCommand,
+    &kSysInfoCommand,
 };
 
 enum ExitCode {
