@@ -26,8 +26,7 @@ QString writeWholeFile(const QString &path, const QByteArray &content)
         return tr("It is a folder");
     if (there.exists() && !there.isFile()) // the new file would take its name
         return tr("It is a device or a pipe, not a file");
-    // one of several links in a row would be replaced by the file
-    QSaveFile file(there.exists() ? there.canonicalFilePath() : path);
+    QSaveFile file(path);
     // Qt's own buffer would swallow why a write fell short
     if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return file.errorString();

@@ -82,7 +82,7 @@ private Q_SLOTS:
     void texts()
     {
         SystemInfo info;
-        info.kernel = u"a\x1b[2J"_s;
+        info.kernel = u"a\x1b[2J\U0001f600b"_s;
         info.logicalProcessors = 3;
         info.memoryBytesTotal = 16750372864;
         info.memoryBytesFree = 1023;
@@ -90,7 +90,8 @@ private Q_SLOTS:
             {u"/b"_s, u"memory"_s, true, 1024, {}}, {u"/c"_s, u"network"_s, false, {}, {}},
             {u"/d"_s, u"fixed"_s, true, std::numeric_limits<qint64>::max(), 1048523}};
         QCOMPARE(oneLine(SysInfoCreator::systemText(info)),
-            u"Operating system: unknown|Operating system version: unknown|Kernel: a<U+001B>[2J|"
+            u"Operating system: unknown|Operating system version: unknown|Kernel: "
+            u"a<U+001B>[2J\U0001f600b|"
             "Processor: unknown|Logical processors: 3|Architecture: unknown|"
             "Memory: 15.6 GiB (16750372864 bytes)|Memory free: 1023 bytes|"
             "Drive /a: <U+000A>%1: fixed, 1.0 MiB (1048575 bytes), free 0 bytes|"
@@ -190,7 +191,7 @@ private Q_SLOTS:
             odd=$(printf 'odd\n\t\\040#'); put "$odd"; put "$odd"; bind "$odd" ./odd-once-again
             put file; touch file/f bound; mount --bind file/f bound; umount file
             put part; mkdir part/p; bind part/p ./folder; umount part
-            put over/low; put over
+            put over/low; put over; put over/low/x
             put home/h; put Zaphod/u; bind /proc ./system
             mkdir dead; if [ -w /dev/fuse ]; then exec 3<>/dev/fuse
             mount -i -t fuse -o fd=3,rootmode=40000,user_id=0,group_id=0 none dead; fi
@@ -213,8 +214,8 @@ private Q_SLOTS:
         const QString space = u": memory, 4.0 MiB (4194304 bytes), free 4.0 MiB (4194304 bytes)"_s;
         const QString odd = u"Drive odd<U+000A><U+0009>\\040#"_s;
         QStringList expected{u"Drive (user)/u"_s + space, u"Drive a"_s + space,
-            u"Drive folder"_s + space, u"Drive ~/h"_s + space, odd + space,
-            u"Drive over"_s + space};
+            u"Drive folder"_s + space, u"Drive ~/h"_s + space, odd + space, u"Drive over"_s + space,
+            u"Drive over/low/x"_s + space};
         if (QFileInfo(u"/dev/fuse"_s).isWritable())
             expected.insert(2, u"Drive dead: unknown, space not asked"_s);
         else
