@@ -1,31 +1,20 @@
 #include "detail/WholeFile.h"
 
-#include <QCoreApplication>
 #include <QFileInfo>
+#include <QObject>
 #include <QSaveFile>
 
 namespace vex::detail {
 
-namespace {
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("WholeFile", text);
-}
-
-} // namespace
-
 QString writeWholeFile(const QString &path, const QByteArray &content)
 {
     if (path.isEmpty())
-        return tr("No file name specified");
+        return QObject::tr("No file name specified");
     if (path.contains(QChar::Null)) // Qt would write to what stands in front of it
-        return tr("The name holds a NUL");
-    const QFileInfo there(path);
-    if (there.isDir())
-        return tr("It is a folder");
-    if (there.exists() && !there.isFile()) // the new file would take its name
-        return tr("It is a device or a pipe, not a file");
+        return QObject::tr("The name holds a NUL");
+    // renaming would put a file in the place of a device
+    if (const QFileInfo there(path); there.exists() && !there.isFile())
+        return QObject::tr("It is no regular file");
     QSaveFile file(path);
     // Qt's own buffer would swallow why a write fell short
     if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
