@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "output/Text.h"
 
+#include <vex/AppParamsPrinter.h>
 #include <vex/CommandLineKeys.h>
 
 #include <QCoreApplication>
@@ -134,7 +135,8 @@ void CommandLine::addCommonOptions()
 vex::Error CommandLine::parse(const QStringList &arguments)
 {
     addCommonOptions();
-    if (!m_parser.parse(QStringList{u"vex "_s + m_command} + arguments)) {
+    // the command counts as the first of the positional arguments
+    if (!m_parser.parse(QStringList{u"vex"_s, m_command} + arguments)) {
         QString text = m_parser.errorText();
         if (text.endsWith(u'.'))
             text.chop(1);
@@ -181,6 +183,12 @@ QString CommandLine::helpText() const
     const QString program = QCoreApplication::arguments().value(0);
     help.replace(u"Usage: %1"_s.arg(program), u"Usage: vex %1"_s.arg(m_command));
     return help;
+}
+
+void CommandLine::logParameters() const
+{
+    vex::AppParamsPrinter::printAppParams(
+        m_parser, {vex::klicense_key, vex::kquorlsphere_license_key});
 }
 
 QString CommandLine::outputFile() const

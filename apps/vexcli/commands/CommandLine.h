@@ -53,11 +53,14 @@ public:
     bool isHelpWanted() const { return m_parser.isSet(QStringLiteral("help")); }
     /// Needs the application object.
     QString helpText() const;
+    /// Writes all parameters to the log, but for those that no log may have. Needs the application
+    /// object.
+    void logParameters() const;
 
     bool isSet(const QString &name) const { return m_parser.isSet(name); }
     QString value(const QString &name) const { return m_parser.value(name); }
     QStringList values(const QString &name) const { return m_parser.values(name); }
-    QStringList positional() const { return m_parser.positionalArguments(); }
+    QStringList positional() const { return m_parser.positionalArguments().mid(1); }
     bool isJson() const { return isSet(QStringLiteral("json")); }
     QString outputFile() const; // empty for none
     QString plotFile() const; // empty for none

@@ -119,6 +119,7 @@ vex::Error open(Run *run)
     if (auto error = setUpMessages(line.value(vex::klog), line.value(vex::klog_severity));
         error.hasError())
         return passedOn(std::move(error));
+    line.logParameters();
     if (const QString path = line.plotFile(); !path.isEmpty()) {
         if (auto error = checkPlotPath(path); error.hasError())
             return passedOn(std::move(error));

@@ -70,7 +70,11 @@ void handleMessage(QtMsgType type, const QMessageLogContext &, const QString &te
     const std::size_t rank = rankOf(type);
     if (rank < lowestRank)
         return;
-    const QString line = "%1: %2"_L1.arg(kSeverities[rank].name, text);
+    constexpr auto kHeading = "Application arguments:\n"_L1; // what stands below goes behind it
+    const QString flat = text.startsWith(kHeading)
+        ? kHeading.chopped(1) + u' ' + text.sliced(kHeading.size())
+        : text;
+    const QString line = "%1: %2"_L1.arg(kSeverities[rank].name, flat);
     say(line, line);
 }
 

@@ -1,0 +1,119 @@
+#include "LoggedMessage.h"
+
+#include <vex/AppParamsPrinter.h>
+#include <vex/CommandLineKeys.h>
+#include <vex/ProcessUtils.h>
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QFile>
+#include <QLoggingCategory>
+#include <QProcess>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using vex::AppParamsPrinter;
+
+namespace {
+
+/// An application that was started with these arguments.
+class Started
+{
+public:
+    explicit Started(const QStringList &arguments)
+    {
+        for (const QString &argument : QStringList{u"/opt/an app"_s} + arguments)
+            m_texts.append(argument.toLocal8Bit());
+        for (QByteArray &text : m_texts)
+            m_pointers.append(text.data());
+        m_count = int(m_texts.size());
+        m_pointers.append(nullptr);
+        application = std::make_unique<QCoreApplication>(m_count, m_pointers.data());
+        parser.addOptions({{{u"k"_s, vex::klicense_key}, {}, u"KEY"_s},
+            {vex::kquorlsphere_license_key, {}, u"KEY"_s}, {QStringList{u"v"_s, vex::kversion}, {}},
+            {vex::klog, {}, u"FILE"_s, u"default"_s}});
+        parser.parse(application->arguments());
+    }
+    std::unique_ptr<QCoreApplication> application;
+    QCommandLineParser parser;
+
+private:
+    QByteArrayList m_texts;
+    QList<char *> m_pointers;
+    int m_count;
+};
+
+} // namespace
+
+class TestAppParamsPrinter : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u".?"_s)); }
+
+    /// The table of docs/parameters.md.
+    void secretsAreHiddenAsDocumented_data()
+    {
+        QTest::addColumn<QStringList>("cells");
+        QFile page(u"" VEX_SOURCE_FOLDER "/docs/parameters.md"_s);
+        QVERIFY(page.open(QIODevice::ReadOnly));
+        for (const QString &line : QString::fromUtf8(page.readAll()).split(u'\n')) {
+            if (line.startsWith("| `"_L1))
+                QTest::newRow(qPrintable(line)) << line.split(u'|').sliced(1, 4);
+        }
+    }
+    void secretsAreHiddenAsDocumented()
+    {
+        QFETCH(const QStringList, cells);
+        const QStringList arguments = QProcess::splitCommand(cells[0].trimmed().remove(u'`'));
+        const Started app(arguments);
+        const QList<QString> leftOut{vex::klicense_key, u"k"_s, vex::kquorlsphere_license_key};
+        const QList<QStringList> printed{AppParamsPrinter::printableAppParams(app.parser, leftOut),
+            AppParamsPrinter::printableAppParams(*app.application, leftOut),
+            vex::ProcessUtils::secureSensitiveData(arguments)};
+        for (qsizetype i = 0; i < printed.size(); ++i) {
+            const bool isShown = printed[i].join(u' ').contains("SECRET"_L1);
+            QCOMPARE(cells[i + 1].trimmed(), isShown ? u"**shown**"_s : u"hidden"_s);
+        }
+    }
+
+    void everythingElseIsPrinted()
+    {
+        const QStringList arguments = QProcess::splitCommand(
+            u"in.mgf --log=x -k ABC -v \"two words\" a/b c\\d --what=ever %1 --log=%2 x=\"y z\""_s);
+        const Started app(arguments);
+        QCOMPARE(AppParamsPrinter::printableAppParams(app.parser, {u"k"_s}),
+            (QStringList{QFileInfo(QCoreApplication::applicationFilePath()).fileName(), u"in.mgf"_s,
+                u"\"two words\""_s, u"\"a/b\""_s, u"\"c\\d\""_s, u"%1"_s, u"\"x=y z\""_s,
+                u"--log=%2"_s, u"-v"_s, u"--log=%2"_s, u"--what"_s}));
+        QCOMPARE(AppParamsPrinter::printableAppParams(*app.application, {u"K"_s}),
+            (QStringList{u"an app"_s, u"in.mgf"_s, u"--log=x"_s, u"-v"_s, u"\"two words\""_s,
+                u"\"a/b\""_s, u"\"c\\d\""_s, u"--what=ever"_s, u"%1"_s, u"--log=%2"_s,
+                u"\"x=y z\""_s}));
+        // the option that is left out takes its value along, and no more
+        QCOMPARE(AppParamsPrinter::printableAppParams(
+                     *Started({u"--LOG"_s, u"-v"_s, u"--log=a b"_s, u"-al"_s, u"-L"_s}).application,
+                     {u"log"_s, u"l"_s}),
+            (QStringList{u"an app"_s, u"-al"_s}));
+        QCOMPARE(vex::ProcessUtils::secureSensitiveData(
+                     {u"--log=x"_s, u"--quorlsphere-license-key=ABC"_s, u"--license-key=DEF"_s}),
+            (QStringList{u"--log=x"_s, u"--quorlsphere-license-key=<license-key>"_s,
+                u"--license-key=DEF"_s}));
+    }
+
+    void printedWhenTheCategoryIsOn()
+    {
+        const Started app({u"-k"_s, u"ABC"_s, u"a b"_s});
+        const auto print = [&app] {
+            return vex::test::loggedBy(
+                [&app] { AppParamsPrinter::printAppParams(*app.application, {u"k"_s}); });
+        };
+        QVERIFY(print().endsWith(": Application arguments:\nan app \"a b\""_L1));
+        QLoggingCategory::setFilterRules(u"vex.generic.debug=false"_s);
+        QCOMPARE(print(), QString());
+    }
+};
+
+QTEST_APPLESS_MAIN(TestAppParamsPrinter)
+#include "tst_AppParamsPrinter.moc"
