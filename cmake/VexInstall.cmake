@@ -36,12 +36,25 @@ if(VEX_BUILD_PROGRAM)
     endif()
 endif()
 set_target_properties(${vex_targets} PROPERTIES INSTALL_RPATH "$ORIGIN")
+if(WIN32) # beside the programs that call it: the system looks there first
+    install(TARGETS vexcopier RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT vex_runtime)
+endif()
 
 install(TARGETS ${vex_targets} EXPORT vexTargets
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT vex_runtime
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT vex_runtime NAMELINK_COMPONENT vex_development
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} ${vex_development}
     FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} ${vex_development})
+# The helper that saves where the user may not write. On Windows the shell looks for it beside the program.
+set(VEX_COPIER_FOLDER $<IF:$<BOOL:${WIN32}>,${CMAKE_INSTALL_BINDIR},${CMAKE_INSTALL_LIBEXECDIR}/vex>)
+install(TARGETS vexcopier RUNTIME DESTINATION ${VEX_COPIER_FOLDER} COMPONENT vex_runtime)
+if(UNIX) # what polkit asks before it lets the helper run; the prefix is known when it is installed
+    install(CODE "set(VEX_COPIER \${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBEXECDIR}/vex/Vex-File-Copier)
+        set(policy \${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/polkit-1/actions/vex-file-copier.policy)
+        configure_file(${PROJECT_SOURCE_DIR}/apps/file-copier/vex-file-copier.policy.in \$ENV{DESTDIR}\${policy} @ONLY)
+        list(APPEND CMAKE_INSTALL_MANIFEST_FILES \${policy})" COMPONENT vex_runtime)
+endif()
+
 install(EXPORT vexTargets NAMESPACE vex:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vex ${vex_development})
 
 configure_package_config_file(cmake/vexConfig.cmake.in vexConfig.cmake

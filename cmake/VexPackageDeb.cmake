@@ -42,6 +42,7 @@ it.]])
 vex_describe_package(vex_development libvex-dev libdevel [[
 Headers, CMake package and pkg-config file of the library, for C++20 on Qt 6.]])
 set(CPACK_DEBIAN_VEX_RUNTIME_PACKAGE_CONTROL_EXTRA ${package}/triggers)
+set(CPACK_DEBIAN_VEX_RUNTIME_PACKAGE_RECOMMENDS pkexec) # to save where the user may not write
 set(CPACK_COMPONENT_VEX_PROGRAM_DEPENDS vex_runtime)
 set(CPACK_COMPONENT_VEX_DEVELOPMENT_DEPENDS vex_runtime)
 set(CPACK_DEBIAN_VEX_DEVELOPMENT_PACKAGE_DEPENDS qt6-base-dev)

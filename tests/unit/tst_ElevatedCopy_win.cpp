@@ -1,0 +1,496 @@
+#include <QDirIterator>
+#include <QProcess>
+#include <QScopeGuard>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+
+#include "ErrorTrace.h"
+#include "LoggedMessage.h"
+
+#include <vex/FileCopierUtils.h>
+#include <vex/ProcessUtils.h>
+#include <vex/SettingsInterface.h>
+
+#include <windows.h>
+// after windows.h, which it does not include itself
+#include <sddl.h>
+
+using namespace Qt::StringLiterals;
+using vex::test::ErrorReport;
+
+namespace {
+
+std::wstring native(const QString &path)
+{
+    return (u"\\\\?\\"_s + QDir::toNativeSeparators(path)).toStdWString();
+}
+
+void writeFile(const QString &path, const QByteArray &content)
+{
+    QFile file(path);
+    QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(file.errorString()));
+    file.write(content);
+}
+
+/// Who may do what with a file, as text.
+QString rightsOf(const QString &path)
+{
+    constexpr SECURITY_INFORMATION kAll =
+        OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
+    QByteArray descriptor(65536, '\0');
+    DWORD size = 0;
+    wchar_t *text = nullptr;
+    if (!GetFileSecurityW(native(path).c_str(), kAll, descriptor.data(), 65536, &size)
+        || !ConvertSecurityDescriptorToStringSecurityDescriptorW(
+            descriptor.data(), SDDL_REVISION_1, kAll, &text, nullptr))
+        return u"unknown"_s;
+    const QString rights = QString::fromWCharArray(text);
+    LocalFree(text);
+    return rights;
+}
+
+void setRights(const QString &path, const wchar_t *text)
+{
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    QVERIFY(ConvertStringSecurityDescriptorToSecurityDescriptorW(
+        text, SDDL_REVISION_1, &descriptor, nullptr));
+    QVERIFY(SetFileSecurityW(native(path).c_str(), DACL_SECURITY_INFORMATION, descriptor));
+    LocalFree(descriptor);
+}
+
+/// Everything below @p folder: content and attributes.
+QMap<QString, QString> everythingIn(const QString &folder)
+{
+    QMap<QString, QString> all;
+    QDirIterator entries(folder,
+        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+        QDirIterator::Subdirectories);
+    while (entries.hasNext()) {
+        const QString path = entries.next();
+        QFile file(path);
+        const bool isOpen = !entries.fileInfo().isDir() && file.open(QIODevice::ReadOnly);
+        all[path.sliced(folder.size() + 1)] = u"%1 %2"_s.arg(
+            QString::number(
+                GetFileAttributesW(native(path).c_str()) & ~DWORD(FILE_ATTRIBUTE_NORMAL), 16),
+            isOpen ? QString::fromUtf8(file.readAll()) : u"(not read)"_s);
+    }
+    return all;
+}
+
+/// Runs a program of the system around Wine, with @p path as its last argument. False on Windows.
+bool runOutsideWine(QStringList command, const QString &path)
+{
+    using UnixName = char *(*)(const wchar_t *);
+    const auto unixName = reinterpret_cast<UnixName>(reinterpret_cast<void *>(
+        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
+    if (unixName == nullptr)
+        return false;
+    const QFileInfo file(path);
+    const QString folder = QString::fromUtf8(unixName(native(file.path()).c_str()));
+    command.append(folder + u'/' + file.fileName());
+    return QProcess::execute(u"start"_s, QStringList{u"/wait"_s, u"/unix"_s} + command) == 0;
+}
+
+/// A folder that is reached through another name: with what the system has, or else as Wine does.
+bool makeLink(const QString &link, const QString &folder)
+{
+    CreateSymbolicLinkW(native(link).c_str(), native(folder).c_str(),
+        SYMBOLIC_LINK_FLAG_DIRECTORY | SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE);
+    const auto isThere = [&link] { return QFileInfo::exists(link); };
+    return isThere()
+        || (runOutsideWine({u"/bin/ln"_s, u"-s"_s, QFileInfo(folder).fileName()}, link)
+            && QTest::qWaitFor(isThere)); // nobody waits for programs of the other system
+}
+
+void removeLink(const QString &link)
+{
+    if (QFileInfo::exists(link) && RemoveDirectoryW(native(link).c_str()) == FALSE)
+        runOutsideWine({u"/bin/rm"_s}, link);
+}
+
+/// A file or folder that this program has open.
+class HeldFile
+{
+public:
+    HeldFile(const QString &path, DWORD access, DWORD sharing)
+        : m_file(CreateFileW(native(path).c_str(), access, sharing, nullptr, OPEN_EXISTING,
+            FILE_FLAG_BACKUP_SEMANTICS, nullptr))
+    {
+    }
+    ~HeldFile() { CloseHandle(m_file); }
+    Q_DISABLE_COPY_MOVE(HeldFile)
+
+    bool isOpen() const { return m_file != INVALID_HANDLE_VALUE; }
+
+private:
+    HANDLE m_file;
+};
+
+/// A copy of this program in a folder of its own, with its libraries and nothing else beside it.
+class PrivateCopy
+{
+public:
+    PrivateCopy()
+    {
+        QDir(m_folder.path()).mkpath(u"own ö/current"_s);
+        for (const QString &name : {QFileInfo(QCoreApplication::applicationFilePath()).fileName(),
+                 u"vex.dll"_s, u"vex_common_stable.dll"_s, u"vex_common_core_mini.dll"_s})
+            add(name, name);
+    }
+    ~PrivateCopy() // the system holds programs a little longer than they run
+    {
+        QTRY_VERIFY(QDir(m_folder.path()).removeRecursively());
+    }
+    Q_DISABLE_COPY_MOVE(PrivateCopy)
+
+    QString path(const QString &name) const { return m_folder.filePath(u"own ö/"_s + name); }
+
+    void add(const QString &name, const QString &copy) const
+    {
+        const QString original = QCoreApplication::applicationDirPath() + u'/' + name;
+        QVERIFY2(QFile::copy(original, path(copy)), qPrintable(original));
+    }
+
+    /// What it writes when it is run, started in a folder below its own.
+    QString run(const QStringList &arguments, const QString &stubCode) const
+    {
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"VEX_STUB_FILE"_s, path(u"command.txt"_s));
+        environment.insert(u"VEX_STUB_CODE"_s, stubCode);
+        process.setProcessEnvironment(environment);
+        process.setWorkingDirectory(path(u"current"_s));
+        process.start(
+            path(QFileInfo(QCoreApplication::applicationFilePath()).fileName()), arguments);
+        process.waitForFinished();
+        return QString::fromUtf8(process.readAllStandardOutput()).remove(u'\r');
+    }
+
+    /// The command line that the stub got, if it ran.
+    QString stubCommand() const
+    {
+        QFile file(path(u"command.txt"_s));
+        const bool didRun = file.open(QIODevice::ReadOnly);
+        return didRun ? QString::fromUtf8(file.readAll()).remove(QChar::ByteOrderMark) : QString();
+    }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+class Settings : public vex::SettingsInterface
+{
+public:
+    using vex::SettingsInterface::elevatePrivilegesAndSave;
+
+protected:
+    void writeSettings(QSettings &settings) const override { settings.setValue("value"_L1, 7); }
+    void readSettings(QSettings &) override { }
+    QString defaultFilePath() const override { return {}; }
+};
+
+} // namespace
+
+/// What the system's own ways to start programs make of the helper and of taskkill.
+class TestElevatedCopy : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void copiesOrLeavesEverythingAsItWas_data();
+    void copiesOrLeavesEverythingAsItWas();
+    void rightsStay();
+    void settingsLeaveNoTemporaryFile();
+    void otherHelpers_data();
+    void otherHelpers();
+    void processTree_data();
+    void processTree();
+};
+
+void TestElevatedCopy::copiesOrLeavesEverythingAsItWas_data()
+{
+    QTest::addColumn<QString>("source"); // "<" stands for the folder of the row
+    QTest::addColumn<QString>("destination");
+    QTest::addColumn<QString>("replaced"); // empty: nothing
+    QTest::addColumn<int>("site"); // 0: no error
+
+    const QString source = u"</source.ini"_s;
+    const QString longName = QString(150, u'x');
+    const auto copied = [&](const char *name, const QString &destination, const QString &replaced) {
+        QTest::newRow(name) << source << destination << replaced << 0;
+    };
+    copied("new file", u"</new.ini"_s, u"new.ini"_s);
+    copied("existing file", u"</old.ini"_s, u"old.ini"_s);
+    copied("read-only file", u"</readonly.ini"_s, u"readonly.ini"_s);
+    copied("hidden file", u"</hidden.ini"_s, u"hidden.ini"_s);
+    copied("name in capitals", u"</OLD.INI"_s, u"old.ini"_s);
+    copied("dots on the way", u"</Target/../old.ini"_s, u"old.ini"_s);
+    copied("blanks", u"</with blanks -- here.ini"_s, u"with blanks -- here.ini"_s);
+    copied("letters of elsewhere", u"</ümläut Ωж.ini"_s, u"ümläut Ωж.ini"_s);
+    // Wine 8 does not tell where a folder lies whose own path is longer than 263 characters.
+    const QString longPath = u"%1/%1"_s.arg(longName);
+    copied("long path", u"</"_s + longPath, longPath);
+
+    const auto refused = [&](int site, const char *name, const QString &destination) {
+        QTest::newRow(name) << source << destination << QString() << site;
+    };
+    refused(58, "relative", u"new.ini"_s);
+    refused(58, "relative to a drive", u"C:new.ini"_s);
+    refused(58, "empty", QString());
+    refused(58, "second destination in a quote", u"</new.ini\" --destination=\"</old.ini"_s);
+    refused(58, "other option in a quote", u"</new.ini\" --force=\"</old.ini"_s);
+    refused(64, "folder", u"</Target"_s);
+    refused(64, "missing folder", u"</none/new.ini"_s);
+    refused(64, "file as a folder", u"</old.ini/new.ini"_s);
+    refused(64, "backslash at the end", u"</Target\\"_s);
+    refused(64, "slash at the end", u"</Target/"_s);
+    refused(64, "folder behind a link", u"</link/new.ini"_s);
+    refused(64, "file behind a link", u"</link/inner.ini"_s);
+    refused(64, "folder that another program may remove", u"</held/new.ini"_s);
+    refused(64, "stream", u"</old.ini:stream"_s);
+    refused(64, "stream with the content", u"</old.ini::$DATA"_s);
+    refused(64, "device", u"</NUL"_s);
+    refused(64, "program", u"</tool.exe"_s);
+    refused(64, "new program", u"</tool.CMD"_s);
+    refused(64, "program with a dot behind it", u"</tool.exe."_s);
+    refused(64, "open in another program", u"</busy.ini"_s);
+    refused(64, "itself", source);
+
+    const auto notRead = [](int site, const char *name, const QString &from) {
+        QTest::newRow(name) << from << u"</old.ini"_s << QString() << site;
+    };
+    notRead(61, "no source", u"</none.ini"_s);
+    notRead(61, "source is a folder", u"</Target"_s);
+    notRead(61, "source is a device", u"</NUL"_s);
+    notRead(61, "source is a stream", u"</source.ini::$DATA"_s);
+    notRead(61, "source is written to", u"</written.ini"_s);
+    notRead(58, "marker of the source in the source", u"</a%1.ini"_s);
+    notRead(61, "marker of the destination in the source", u"</a%2.ini"_s);
+    notRead(58, "relative source", u"source.ini"_s);
+    notRead(58, "second source in a quote", u"</source.ini\" --source=\"</a.ini"_s);
+}
+
+void TestElevatedCopy::copiesOrLeavesEverythingAsItWas()
+{
+    QFETCH(QString, source);
+    QFETCH(QString, destination);
+    QFETCH(QString, replaced);
+    QFETCH(int, site);
+    QTemporaryDir temporary;
+    const QString folder = temporary.path();
+    QVERIFY(QDir(folder).mkpath(u"Target"_s));
+    QVERIFY(QDir(folder).mkpath(QString(150, u'x')));
+    for (const QString &name :
+        {u"old.ini"_s, u"readonly.ini"_s, u"hidden.ini"_s, u"busy.ini"_s, u"tool.exe"_s,
+            u"written.ini"_s, u"a.ini"_s, u"a%1.ini"_s, u"a%2.ini"_s, u"Target/inner.ini"_s})
+        writeFile(folder + u'/' + name, "old");
+    const QByteArray content(150'000, 'n'); // several blocks
+    writeFile(folder + "/source.ini"_L1, content);
+    SetFileAttributesW(native(folder + "/readonly.ini"_L1).c_str(), FILE_ATTRIBUTE_READONLY);
+    SetFileAttributesW(native(folder + "/hidden.ini"_L1).c_str(), FILE_ATTRIBUTE_HIDDEN);
+    const HeldFile written(folder + "/written.ini"_L1, GENERIC_WRITE,
+        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
+    const HeldFile busy(folder + "/busy.ini"_L1, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+    SetFileAttributesW(native(folder + "/busy.ini"_L1).c_str(), FILE_ATTRIBUTE_READONLY);
+    QVERIFY(QDir(folder).mkpath(u"held"_s));
+    const HeldFile held(
+        folder + "/held"_L1, DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
+    QVERIFY(written.isOpen() && busy.isOpen() && held.isOpen());
+    const QString link = folder + "/link"_L1;
+    if (destination.contains("link"_L1) && !makeLink(link, folder + "/Target"_L1))
+        QSKIP("No link can be made here");
+    const auto removal = qScopeGuard([&link] { removeLink(link); });
+    QMap<QString, QString> expected = everythingIn(folder);
+
+    const vex::Error error = vex::FileCopierUtils::runFileCopier(
+        source.replace(u'<', folder), destination.replace(u'<', folder));
+
+    static const QMap<int, QString> kMessages = {{58, u"Bad parameters provided"_s},
+        {61, u"Source file is not readable"_s}, {64, u"Destination file is not writable"_s}};
+    ErrorReport report;
+    if (site != 0)
+        report = {vex::ErrorCode::GeneralFailure, kMessages[site],
+            {u"src/FileCopierUtils:%1"_s.arg(site)}};
+    QCOMPARE(vex::test::reportOf(error), report);
+    if (!replaced.isEmpty()) {
+        const QString attributes = expected.value(replaced).section(u' ', 0, 0);
+        const QString fresh = everythingIn(folder).value(replaced).section(u' ', 0, 0);
+        expected[replaced] =
+            (attributes.isEmpty() ? fresh : attributes) + u' ' + QString::fromUtf8(content);
+    }
+    const auto now = everythingIn(folder);
+    QCOMPARE(now.keys(), expected.keys());
+    for (const QString &name : now.keys())
+        QVERIFY2(now[name] == expected[name], qPrintable(name + u": "_s + now[name].left(40)));
+}
+
+void TestElevatedCopy::rightsStay()
+{
+    const QTemporaryDir folder;
+    const QString source = folder.filePath(u"source.ini"_s);
+    const QString destination = folder.filePath(u"old.ini"_s);
+    writeFile(source, "new");
+    writeFile(destination, "old");
+    const QString usual = rightsOf(source);
+    setRights(destination, L"D:P(A;;FA;;;BA)(A;;FR;;;SY)");
+    const QString rights = rightsOf(destination);
+    QVERIFY(rights != usual);
+    QVERIFY(!vex::FileCopierUtils::runFileCopier(source, destination).hasError());
+    QCOMPARE(rightsOf(destination), rights);
+}
+
+void TestElevatedCopy::settingsLeaveNoTemporaryFile()
+{
+    const QTemporaryDir folder;
+    const QByteArray before = qgetenv("TMP");
+    QDir(folder.path()).mkpath(u"temporary"_s);
+    qputenv("TMP", QDir::toNativeSeparators(folder.filePath(u"temporary"_s)).toUtf8());
+    const QString path = folder.filePath(u"settings.ini"_s);
+    writeFile(path, "[General]\nother=1\n");
+    SetFileAttributesW(native(path).c_str(), FILE_ATTRIBUTE_READONLY);
+    const auto saved = vex::test::reportOf(Settings().elevatePrivilegesAndSave(path));
+    const auto refused = vex::test::reportOf(Settings().elevatePrivilegesAndSave(folder.path()));
+    qputenv("TMP", before);
+    QCOMPARE(saved, ErrorReport());
+    QCOMPARE(refused.message, u"Destination file is not writable"_s);
+    const QStringList all{u"settings.ini"_s, u"temporary"_s};
+    QCOMPARE(everythingIn(folder.path()).keys(), all);
+    QCOMPARE(QSettings(path, QSettings::IniFormat).allKeys(), QStringList{u"value"_s});
+}
+
+void TestElevatedCopy::otherHelpers_data()
+{
+    QTest::addColumn<bool>("isThere");
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<QString>("said");
+    const QString failed = u"Copying the file failed src/FileCopierUtils:68"_s;
+    QTest::newRow("none") << false << QString() << failed;
+    QTest::newRow("copied") << true << u"0"_s << u" "_s;
+    QTest::newRow("other failure") << true << u"4"_s << failed;
+    QTest::newRow("beyond the codes") << true << u"5"_s << failed;
+    QTest::newRow("ended by force") << true << u"-1073741819"_s << failed;
+}
+
+void TestElevatedCopy::otherHelpers()
+{
+    QFETCH(bool, isThere);
+    QFETCH(QString, code);
+    QFETCH(QString, said);
+    const PrivateCopy program;
+    if (isThere)
+        program.add(u"vex_test_stub.exe"_s, u"Vex-File-Copier.exe"_s);
+    QCOMPARE(program.run({u"copy"_s, u"C:/a b/ö.ini"_s, u"C:/c"_s}, code), said);
+    const QString command = program.stubCommand();
+    const QString options = u" --source=\"C:/a b/ö.ini\" --destination=\"C:/c\""_s;
+    QVERIFY2(isThere ? command.endsWith(options) : command.isEmpty(), qPrintable(command));
+}
+
+void TestElevatedCopy::processTree_data()
+{
+    QTest::addColumn<QString>("place"); // of taskkill, beside the system's own
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<bool>("isEnded");
+    QTest::newRow("ended") << u"taskkill.exe"_s << QString() << true;
+    QTest::newRow("refused") << u"taskkill.exe"_s << u"128"_s << false;
+    QTest::newRow("in the current folder") << u"current/taskkill.exe"_s << u"0"_s << false;
+}
+
+void TestElevatedCopy::processTree()
+{
+    QFETCH(QString, place);
+    QFETCH(QString, code);
+    QFETCH(bool, isEnded);
+    const PrivateCopy program;
+    program.add(u"vex_test_stub.exe"_s, place);
+    const QStringList lines = program.run({u"kill"_s}, code).split(u'\n');
+    QCOMPARE(lines.size(), 3);
+    const QString &id = lines[0];
+    QCOMPARE(
+        program.stubCommand(), place.contains(u'/') ? QString() : u"taskkill /T /F /pid "_s + id);
+    // the system's own under Wine knows no trees
+    if (!isEnded && place.contains(u'/') && lines[1].startsWith(u"0 "_s))
+        QSKIP("This system's taskkill ends trees");
+    const QString message = isEnded ? u"0 src/ProcessUtils:42 %1: SUCCESS"_s
+                                    : u"1 src/ProcessUtils:40 %1: Couldn't stop %2"_s;
+    const QString function = lines[1].section(u' ', 2).section(u": "_s, 0, 0);
+    QVERIFY2(function.contains("KillProcessTree"_L1), qPrintable(function));
+    QCOMPARE(lines[1], isEnded ? message.arg(function) : message.arg(function, id));
+    QCOMPARE(lines[2], isEnded ? u"all ended"_s : u"child grandchild"_s);
+}
+
+namespace {
+
+/// Starts this program once more, as "wait DEPTH".
+void startWaiting(QProcess *process, int depth)
+{
+    process->start(QCoreApplication::applicationFilePath(), {u"wait"_s, QString::number(depth)});
+    process->waitForStarted();
+}
+
+/// Tells its own number and those below, and waits to be ended.
+int waitForEnd(int depth)
+{
+    QProcess below;
+    QByteArray numbers;
+    if (depth > 0) {
+        startWaiting(&below, depth - 1);
+        below.waitForReadyRead();
+        numbers = below.readLine();
+    }
+    std::puts(QByteArray::number(QCoreApplication::applicationPid()) + ' ' + numbers.trimmed());
+    std::fflush(stdout);
+    QThread::sleep(60);
+    return 0;
+}
+
+QString killAndTell()
+{
+    QProcess child;
+    startWaiting(&child, 1);
+    child.waitForReadyRead();
+    const QList<QByteArray> numbers = child.readLine().trimmed().split(' ');
+    const HANDLE grandchild =
+        OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, numbers.last().toUInt());
+    const qint64 id = child.processId();
+    const QString log = vex::test::loggedBy([&] { vex::ProcessUtils::killProcessTree(&child); });
+    QStringList alive;
+    if (!child.waitForFinished(500))
+        alive.append(u"child"_s);
+    if (WaitForSingleObject(grandchild, 500) == WAIT_TIMEOUT)
+        alive.append(u"grandchild"_s);
+    TerminateProcess(grandchild, 1);
+    child.kill();
+    child.waitForFinished();
+    return u"%1\n%2\n%3"_s.arg(
+        QString::number(id), log, alive.isEmpty() ? u"all ended"_s : alive.join(u' '));
+}
+
+QString copyAndTell(const QString &source, const QString &destination)
+{
+    const auto report =
+        vex::test::reportOf(vex::FileCopierUtils::runFileCopier(source, destination));
+    return report.message + u' ' + report.trace.join(u' ');
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = application.arguments();
+    const QString task = arguments.value(1);
+    if (task == "wait"_L1)
+        return waitForEnd(arguments.value(2).toInt());
+    if (task == "kill"_L1 || task == "copy"_L1) {
+        const QString told =
+            task == "kill"_L1 ? killAndTell() : copyAndTell(arguments.value(2), arguments.value(3));
+        std::fputs(told.toUtf8().constData(), stdout);
+        return 0;
+    }
+    TestElevatedCopy test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_ElevatedCopy_win.moc"

@@ -1,0 +1,368 @@
+#include "ErrorTrace.h"
+
+#include <vex/FileCopierUtils.h>
+#include <vex/SettingsInterface.h>
+#include <vex/SettingsUtils.h>
+
+#include <QDir>
+#include <QFile>
+#include <QLockFile>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+using vex::test::ErrorReport;
+
+#if defined(Q_OS_UNIX)
+#    include <csignal>
+
+#    include <grp.h>
+#    include <sys/resource.h>
+#    include <unistd.h>
+#endif
+
+namespace {
+
+class Settings : public vex::SettingsInterface
+{
+public:
+    explicit Settings(QString path)
+        : m_path(std::move(path))
+    {
+    }
+    QString value;
+
+    using SettingsInterface::elevatePrivilegesAndSave;
+
+protected:
+    void writeSettings(QSettings &settings) const override
+    {
+        settings.setValue(u"value"_s, value);
+        settings.beginGroup(u"left open"_s);
+    }
+    void readSettings(QSettings &settings) override
+    {
+        value = settings.value(u"value"_s).toString();
+    }
+    QString defaultFilePath() const override { return m_path; }
+
+private:
+    QString m_path;
+};
+
+void write(const QString &path, const QByteArray &content)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(content), content.size());
+}
+
+#if defined(Q_OS_UNIX)
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+#endif
+
+constexpr const char *kOld = "[General]\nother=1\nvalue=old\n";
+
+} // namespace
+
+class TestSettingsInterface : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_folder.isValid()); }
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u".?"_s));
+        QVERIFY(QDir(m_folder.path()).mkpath(u"work/tmp"_s));
+        qputenv("TMPDIR", m_folder.filePath(u"work/tmp"_s).toLocal8Bit());
+    }
+    void cleanup()
+    {
+        QDir work(m_folder.filePath(u"work"_s));
+        QFile::setPermissions(
+            work.filePath(u"closed"_s), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QVERIFY2(QDir(work.filePath(u"tmp"_s)).isEmpty(), "a temporary file is left");
+        QVERIFY(work.removeRecursively());
+    }
+
+    void filesLieBesideTheApplications()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        const QString own = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
+        const QString servers = vex::SettingsUtils::serversConfigurationFilePath();
+        QCOMPARE(servers, QFileInfo(own).path() + "/General/servers_configuration.ini"_L1);
+        QCOMPARE(vex::SettingsUtils::settingsFilePath(u"%1 a.ini"_s),
+            QFileInfo(own).path() + "/General/%1 a.ini"_L1);
+        QSettings &settings = vex::SettingsUtils::serversConfigurationSettings();
+        QCOMPARE(settings.fileName(), servers);
+        QCOMPARE(&settings, &vex::SettingsUtils::serversConfigurationSettings());
+    }
+
+    /// Both ways to save keep what others have written, and make the folder.
+    void valuesComeBack()
+    {
+        for (const auto &[name, old] : {std::pair("old.ini", kOld), {"missing/new.ini", ""}}) {
+            const QString path = m_folder.filePath(u"work/"_s + QLatin1StringView(name));
+            if (*old != '\0')
+                write(path, old);
+            Settings settings(path);
+            settings.value = u"a=%1;\n\u03bc\""_s;
+            QVERIFY(!settings.save().hasError());
+            Settings loaded(path);
+            loaded.load();
+            QCOMPARE(loaded.value, settings.value);
+            settings.value = u"second"_s;
+            QVERIFY(!settings.saveChecked().hasError());
+            loaded.load();
+            QCOMPARE(loaded.value, u"second"_s);
+            QCOMPARE(QSettings(path, QSettings::IniFormat).value(u"other"_s).toInt(),
+                *old != '\0' ? 1 : 0);
+            QVERIFY(settings == loaded);
+        }
+    }
+
+    void savesTakeTurns()
+    {
+        const QString path = m_folder.filePath(u"work/a.ini"_s);
+        std::atomic_bool isLocked = false;
+        std::atomic_bool isDone = false;
+        std::thread other([&] {
+            QLockFile lock(path + ".lock"_L1);
+            lock.lock();
+            isLocked = true;
+            QThread::msleep(200);
+            isDone = true;
+        });
+        while (!isLocked)
+            QThread::msleep(1);
+        QVERIFY(!Settings(path).save().hasError());
+        QVERIFY(isDone);
+        other.join();
+    }
+
+#if defined(Q_OS_UNIX)
+    /// What the launcher tells, as the error that comes of it. The old settings stay.
+    void consentAndHelper_data()
+    {
+        QTest::addColumn<QString>("launcher"); // the last command of a stand-in for pkexec
+        QTest::addColumn<ErrorReport>("expected");
+        const auto row =
+            [](const char *name, const char *launcher, const char *text = nullptr, int line = 0) {
+                QTest::newRow(name)
+                    << QString::fromLatin1(launcher)
+                    << (text == nullptr ? ErrorReport{}
+                                        : ErrorReport{vex::GeneralFailure, QLatin1StringView(text),
+                                            {u"src/FileCopierUtils:%1"_s.arg(line),
+                                                u"src/SettingsInterface:45"_s}});
+            };
+        row("consent", "exec \"$helper\" \"$@\"");
+        row("parameters", "exit 1", "Bad parameters provided", 58);
+        row("source", "exit 2", "Source file is not readable", 61);
+        row("destination", "exit 3", "Destination file is not writable", 64);
+        row("failed", "exit 4", "Copying the file failed", 68);
+        row("dismissed", "exit 126", "Copying the file failed", 68);
+        row("refused", "exit 127", "Copying the file failed", 68);
+        row("out of range", "exit 255", "Copying the file failed", 68);
+        row("killed", "kill -HUP $$", "Copying the file failed", 68);
+        row("no launcher", "", "Copying the file failed", 68);
+    }
+    void consentAndHelper()
+    {
+        QFETCH(const QString, launcher);
+        QFETCH(const ErrorReport, expected);
+        const QString path = m_folder.filePath(u"work/its settings.ini"_s);
+        write(path, kOld);
+        setLauncher(launcher);
+        Settings settings(path);
+        settings.value = u"new"_s;
+        QVERIFY(!settings.save().hasError()); // may be written, so nobody is asked
+        QVERIFY(!QFile::exists(logPath()));
+        write(path, kOld);
+        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup));
+        const auto mode = QFile::permissions(path);
+        const vex::Error error = settings.save();
+        QCOMPARE(vex::test::reportOf(error), expected);
+        QCOMPARE(contentOf(path), expected.code == vex::NoError ? "[General]\nvalue=new\n" : kOld);
+        QCOMPARE(QFile::permissions(path), mode);
+        if (launcher.isEmpty()) {
+            QVERIFY(error.warnings().value(0).startsWith("pkexec: "_L1));
+            return;
+        }
+        const QList<QByteArray> arguments = contentOf(logPath()).split('\n');
+        QCOMPARE(arguments.value(0), "--disable-internal-agent");
+        QVERIFY(arguments.value(1).endsWith("/libexec/vex/Vex-File-Copier"));
+        QVERIFY(arguments.value(2).startsWith("--source=" + qgetenv("TMPDIR") + '/'));
+        QCOMPARE(arguments.value(3), "--destination=" + path.toLocal8Bit());
+        if (expected.code != vex::NoError)
+            QCOMPARE(error.warnings(), QStringList{u"no \u03bc"_s});
+    }
+
+    /// Paths reach the helper as they are, but for a marker in the source.
+    void pathsAreFilledInOneAfterTheOther()
+    {
+        setLauncher(u"exit 0"_s);
+        for (const auto &[source, destination, expected] :
+            {std::tuple("/a %2", "/b", "--source=/a /b\n--destination=/b\n"),
+                {"/%1", "/b", "--source=//b\n--destination=%2\n"},
+                {"/a\" --destination=\"/c", "/b'",
+                    "--source=/a\" --destination=\"/c\n--destination=/b'\n"}}) {
+            QVERIFY(!vex::FileCopierUtils::runFileCopier(
+                QString::fromLatin1(source), QString::fromLatin1(destination))
+                         .hasError());
+            QVERIFY2(contentOf(logPath()).endsWith(expected), contentOf(logPath()));
+        }
+    }
+
+    /// Whatever goes wrong is told, and the old settings stay as they were.
+    void checkedSavesTell_data()
+    {
+        QTest::addColumn<std::function<void(const QString &)>>("prepare");
+        QTest::addColumn<QString>("message"); // %1 is the path
+        QTest::addColumn<QString>("place");
+        using Prepare = std::function<void(const QString &)>;
+        const auto row = [](const char *name, const char *message, int line,
+                             const Prepare &prepare) {
+            QTest::newRow(name) << prepare << QString::fromLatin1(message)
+                                << u"src/SettingsInterface:%1"_s.arg(line);
+        };
+        const auto setMode = [](const QString &path, int mode) {
+            QVERIFY(QFile::setPermissions(path, QFile::Permissions::fromInt(mode)));
+        };
+        row("a folder", "Cannot read %1: It is no regular file", 66,
+            [](const QString &path) { QVERIFY(QFile::remove(path) && QDir().mkdir(path)); });
+        row("a device", "Cannot read %1: It is no regular file", 66, [](const QString &path) {
+            QVERIFY(QFile::remove(path) && QFile::link(u"/dev/null"_s, path));
+        });
+        row("unreadable", "Cannot read %1: Permission denied", 66,
+            [=](const QString &path) { setMode(path, 0x2000); });
+        row("damaged", "%1 is no settings file", 67, [](const QString &path) {
+            write(path,
+                "\x7f"
+                "ELF\n[\n");
+        });
+        row("locked", "%1 is locked by another program", 64, [this](const QString &path) {
+            m_lock = std::make_unique<QLockFile>(path + ".lock"_L1);
+            QVERIFY(m_lock->lock());
+        });
+        row("no room for the temporary file", "Cannot write a temporary file", 63,
+            [this](const QString &) {
+                qputenv("TMPDIR", m_folder.filePath(u"none"_s).toLocal8Bit());
+            });
+        row("too large", "Cannot write a temporary file", 63,
+            [this](const QString &) { m_limit = 20; });
+        row("consent refused", "Copying the file failed", 69, [=, this](const QString &path) {
+            setMode(path, 0x4444);
+            setLauncher(u"exit 127"_s);
+        });
+        row("nothing copied", "%1 does not hold what was written", 71,
+            [=, this](const QString &path) {
+                setMode(path, 0x4444);
+                setLauncher(u"exit 0"_s);
+            });
+        row("closed folder", "Destination file is not writable", 69,
+            [=, this](const QString &path) {
+                setMode(QFileInfo(path).path(), 0x5555);
+                setLauncher(u"exec \"$helper\" \"$@\""_s);
+            });
+    }
+    void checkedSavesTell()
+    {
+        QFETCH(const std::function<void(const QString &)>, prepare);
+        QFETCH(const QString, message);
+        QFETCH(const QString, place);
+        const QString path = m_folder.filePath(u"work/closed/a.ini"_s);
+        QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+        write(path, kOld);
+        m_limit = 0;
+        prepare(path);
+        const QByteArray old = contentOf(path);
+        const auto mode = QFile::permissions(path);
+        Settings settings(path);
+        settings.value = QString(100, u'x');
+        limit(m_limit);
+        const vex::Error error = settings.saveChecked();
+        limit(0);
+        m_lock.reset();
+        const ErrorReport report = vex::test::reportOf(error);
+        QCOMPARE(report.message, message.contains("%1"_L1) ? message.arg(path) : message);
+        QCOMPARE(report.trace.last(), place);
+        QCOMPARE(contentOf(path), old);
+        QCOMPARE(QFile::permissions(path), mode);
+        QCOMPARE(QDir(QFileInfo(path).path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+            QStringList{u"a.ini"_s});
+    }
+
+private:
+    QString logPath() const
+    {
+        return m_folder.filePath(u"work/log"_s);
+    }
+    /// Puts a stand-in for pkexec first in the path, or none.
+    void setLauncher(const QString &command)
+    {
+        const QString folder = m_folder.filePath(u"work/path"_s);
+        QVERIFY(QDir().mkpath(folder));
+        const QString program = folder + "/pkexec"_L1;
+        if (!command.isEmpty()) {
+            write(program,
+                u"#!/bin/sh\nprintf '%s\\n' \"$@\" >'%1'\nhelper='%2'\nshift 2\n[ \"$*\" != none ]\necho 'no \u03bc' >&2\n%3\n"_s
+                    .arg(logPath(), m_folder.filePath(u"Vex-File-Copier"_s), command)
+                    .toUtf8());
+            QVERIFY(QFile::setPermissions(
+                program, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        }
+        qputenv("PATH", folder.toLocal8Bit() + (command.isEmpty() ? "" : ":/usr/bin:/bin"));
+    }
+    /// Files may grow so far; 0: without a limit.
+    static void limit(rlim_t bytes)
+    {
+        signal(SIGXFSZ, SIG_IGN);
+        rlimit size{};
+        getrlimit(RLIMIT_FSIZE, &size);
+        size.rlim_cur = bytes > 0 ? bytes : size.rlim_max;
+        setrlimit(RLIMIT_FSIZE, &size);
+    }
+
+    std::unique_ptr<QLockFile> m_lock;
+    rlim_t m_limit = 0;
+#endif
+
+public:
+    const QTemporaryDir m_folder;
+};
+
+int main(int argc, char *argv[])
+{
+    TestSettingsInterface test;
+#if defined(Q_OS_UNIX)
+    // Root may write everywhere and asks nobody for consent.
+    constexpr uid_t kNobody = 65534;
+    const QByteArray folder = test.m_folder.path().toLocal8Bit();
+    const QString helper =
+        QFileInfo(QString::fromLocal8Bit(argv[0])).path() + "/Vex-File-Copier"_L1;
+    if (!QFile::copy(helper, test.m_folder.filePath(u"Vex-File-Copier"_s)))
+        qFatal("the helper is not there");
+    if (geteuid() == 0
+        && (chown(folder.constData(), kNobody, kNobody) != 0 || setgroups(0, nullptr) != 0
+            || setresgid(kNobody, kNobody, kNobody) != 0
+            || setresuid(kNobody, kNobody, kNobody) != 0))
+        qFatal("cannot give the rights of root away");
+    qputenv("HOME", folder);
+#endif
+    QCoreApplication application(argc, argv);
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_SettingsInterface.moc"
