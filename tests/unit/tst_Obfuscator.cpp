@@ -1,0 +1,78 @@
+#include "ErrorTrace.h"
+
+#include <QTest>
+
+#include <vex/Obfuscator.h>
+
+#include <limits>
+#include <numeric>
+
+using namespace Qt::StringLiterals;
+using vex::Obfuscator;
+
+class tst_Obfuscator : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void lists_data()
+    {
+        constexpr int kLeast = std::numeric_limits<int>::min();
+        constexpr int kMost = std::numeric_limits<int>::max();
+        QTest::addColumn<QList<int>>("list");
+        QTest::addColumn<QByteArray>("plain"); // null: the list stands for nothing
+        QTest::addColumn<bool>("isFromEncoder"); // the list is what the encoder gives
+        QTest::newRow("nothing") << QList<int>() << QByteArray("") << true;
+        QTest::newRow("letters") << QList<int>{66, 67} << QByteArray("AA") << true;
+        QTest::newRow("zeros") << QList<int>{1, 2, 3} << QByteArray(3, '\0') << true;
+        QTest::newRow("bytes above 127")
+            << QList<int>{129, 257, 258} << QByteArray("\x80\xff\xff") << true;
+        QTest::newRow("too large by one") << QList<int>{257, 258} << QByteArray(2, '\0') << false;
+        QTest::newRow("modulo 256") << QList<int>{300} << QByteArray("\x2b") << false;
+        QTest::newRow("largest") << QList<int>{kMost, kMost} << QByteArray("\xfe\xfd") << false;
+        QTest::newRow("zero") << QList<int>{0} << QByteArray() << false;
+        QTest::newRow("smallest") << QList<int>{kLeast, kLeast} << QByteArray() << false;
+        QTest::newRow("too small behind others") << QList<int>{66, 67, 2} << QByteArray() << false;
+        QTest::newRow("negative modulo 256") << QList<int>{66, 67 - 256} << QByteArray() << false;
+        QByteArray allBytes(70000, '\0'); // longer than any type of two bytes counts
+        std::iota(allBytes.begin(), allBytes.end(), '\0');
+        QList<int> longList(allBytes.size());
+        for (int i = 0; i < longList.size(); ++i)
+            longList[i] = i % 256 + i + 1;
+        QTest::newRow("long") << longList << allBytes << true;
+    }
+    void lists()
+    {
+        QFETCH(const QList<int>, list);
+        QFETCH(const QByteArray, plain);
+        QFETCH(const bool, isFromEncoder);
+        const auto decoded = Obfuscator::deObfuscate(list);
+        QCOMPARE(decoded.hasValue(), !plain.isNull());
+        if (plain.isNull()) {
+            const vex::test::ErrorReport expected{vex::ErrorCode::InvalidInput,
+                u"Invalid obuscated data value!"_s, {u"src/Obfuscator:1"_s}};
+            QCOMPARE(vex::test::reportOf(decoded.error()), expected);
+            // not even the bytes that the low bits would give
+            QByteArray low;
+            for (qsizetype i = 0; i < list.size(); ++i)
+                low.append(static_cast<char>((qint64{list[i]} - i - 1) & 0xff));
+            QVERIFY(!Obfuscator::compareObfuscated(list, low));
+            return;
+        }
+        QCOMPARE(decoded.value(), plain);
+        QVERIFY(Obfuscator::compareObfuscated(list, plain));
+        QCOMPARE(Obfuscator::obfuscate(plain) == list, isFromEncoder);
+        // one byte more, one less, and each end changed
+        QVERIFY(!Obfuscator::compareObfuscated(list, plain + '\0'));
+        QVERIFY(plain.isEmpty() || !Obfuscator::compareObfuscated(list, plain.chopped(1)));
+        for (qsizetype i : {qsizetype{0}, plain.size() - 1}) {
+            QByteArray other = plain;
+            if (!plain.isEmpty())
+                other[i] = static_cast<char>(other[i] ^ '\x80');
+            QCOMPARE(Obfuscator::compareObfuscated(list, other), plain.isEmpty());
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_Obfuscator)
+#include "tst_Obfuscator.moc"
