@@ -16,8 +16,13 @@
 #    include <csignal>
 
 #    include <fcntl.h>
+#    include <poll.h>
+#    include <pty.h>
 #    include <sys/stat.h>
+#    include <sys/wait.h>
+#    include <termios.h>
 #    include <unistd.h>
+#    include <utmp.h>
 constexpr bool kOnUnix = true;
 #else
 #    include <windows.h>
@@ -35,11 +40,13 @@ struct Outcome
     QString errors;
 };
 
-/// Runs a program in @p folder and waits for its end.
-Outcome runIn(const QString &folder, const QString &program, const QStringList &arguments)
+/// Runs a program in @p folder and waits for its end. Standard input is a file, or empty.
+Outcome runIn(const QString &folder, const QString &program, const QStringList &arguments,
+    const QString &input = QProcess::nullDevice())
 {
     QProcess process;
     process.setWorkingDirectory(folder);
+    process.setStandardInputFile(input);
     process.start(program, arguments);
     if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
         return {-1, {}, process.errorString()};
@@ -84,12 +91,15 @@ class tst_vexcli : public QObject
     Q_OBJECT
 
 private:
-    /// Runs the program; '' is an empty argument, and "..." may hold blanks.
+    /// Runs the program; '' is an empty argument, and "..." may hold blanks. Behind " < " is a file
+    /// for standard input.
     Outcome vex(const QString &command)
     {
-        QStringList arguments = QProcess::splitCommand(command);
+        QStringList arguments = QProcess::splitCommand(command.section(" < "_L1, 0, 0));
         arguments.replaceInStrings(u"''"_s, QString());
-        return runIn(m_folder->path(), m_program, arguments);
+        const QString input = command.section(" < "_L1, 1);
+        return runIn(m_folder->path(), m_program, arguments,
+            input.isEmpty() ? QProcess::nullDevice() : m_folder->filePath(input));
     }
     void write(const QString &name, const QByteArray &content)
     {
@@ -316,6 +326,21 @@ private Q_SLOTS:
         }
     }
 
+    void longSecretsAreWhole()
+    {
+        QByteArray plain(3 * 65536 - 1, '\0'); // read in pieces: one ends between CR and LF
+        QByteArray list;
+        for (int i = 0; i < plain.size(); ++i) {
+            plain[i] = static_cast<char>(i % 251);
+            list += (i > 0 ? ", " : "") + QByteArray::number(i % 251 + i + 1);
+        }
+        write(u"plain"_s, plain + "\r\n");
+        QCOMPARE(vex(u"obfuscate --drop-line-end -o list < plain"_s).exitCode, 0);
+        QCOMPARE(read(u"list"_s), list + '\n');
+        QCOMPARE(vex(u"deobfuscate -o again < list"_s).exitCode, 0);
+        QCOMPARE(read(u"again"_s), plain);
+    }
+
     void interruptedMoveLeavesEveryFileWhole()
     {
         constexpr int kFiles = 3000;
@@ -460,6 +485,60 @@ private Q_SLOTS:
         }
     }
 
+    /// What is typed for a secret is not seen, and the terminal is as before whatever happens.
+    void typedSecretsAreHidden()
+    {
+        for (const auto &[command, typed, code, expected] :
+            {std::tuple("obfuscate", "AA hunter2\n", 0, "\r\n66, 67, 35, "),
+                {"deobfuscate", "[66, 67]\n", 0, "\r\nAA"},
+                {"obfuscate", "AA\x04\x04", 0, "66, 67"},
+                {"obfuscate", "AA\x1a\x1c\n", 0, "66, 67"}, // Ctrl-Z and Ctrl-\ are data here
+                {"obfuscate", "AA\nBB\n", 1, "vex: more than one line was typed"},
+                { "obfuscate",
+                    "hunter2\x03",
+                    1,
+                    "vex: interrupted" }}) {
+            int terminal = -1;
+            int ours = -1;
+            QCOMPARE(openpty(&terminal, &ours, nullptr, nullptr, nullptr), 0);
+            const auto closed = qScopeGuard([terminal, ours] { ::close(terminal), ::close(ours); });
+            termios before;
+            QCOMPARE(tcgetattr(ours, &before), 0);
+            const QByteArray program = QFile::encodeName(m_program);
+            const pid_t child = fork();
+            if (child == 0) {
+                login_tty(ours);
+                execl(program.constData(), "vex", command, nullptr);
+                _exit(127);
+            }
+            auto ended = qScopeGuard([child] { kill(child, SIGKILL); });
+            QByteArray shown;
+            const auto shows = [&shown, terminal](const char *text) {
+                pollfd more{terminal, POLLIN, 0};
+                char piece[4096];
+                if (poll(&more, 1, 10) > 0)
+                    shown.append(piece, qMax<ssize_t>(0, ::read(terminal, piece, sizeof piece)));
+                return shown.contains(text);
+            };
+            QTRY_VERIFY2(shows("it is not shown\r\n"), shown.constData());
+            QCOMPARE(::write(terminal, typed, strlen(typed)), ssize_t(strlen(typed)));
+            int status = 0;
+            bool isEnded = false; // the macro asks again
+            QTRY_VERIFY2(
+                (shows(""), isEnded = isEnded || waitpid(child, &status, WNOHANG) == child),
+                shown.constData());
+            ended.dismiss();
+            QVERIFY(WIFEXITED(status));
+            QTRY_VERIFY2(shows(expected), shown.constData());
+            QCOMPARE(WEXITSTATUS(status), code);
+            QVERIFY2(!shown.contains("hunter2") && !shown.contains("[66"), shown.constData());
+            termios after;
+            QCOMPARE(tcgetattr(ours, &after), 0);
+            QCOMPARE(after.c_lflag, before.c_lflag);
+            QCOMPARE(after.c_cc[VSUSP], before.c_cc[VSUSP]);
+        }
+    }
+
     /// Ctrl-C ends the program whatever it waits for.
     void interruptIsAnswered()
     {
@@ -468,7 +547,7 @@ private Q_SLOTS:
         for (const QString &command : {u"pattern --fasta - -o out.csv"_s, u"mass --masses -"_s,
                  u"mass --masses pipe -o out.csv"_s, u"apex -"_s, u"pattern --fasta pipe"_s,
                  u"mass --mono 1 --averagine pipe"_s, u"mass --mono 1 -o pipe"_s,
-                 u"pattern 1 --log pipe"_s}) {
+                 u"pattern 1 --log pipe"_s, u"deobfuscate -o out.csv"_s}) {
             QProcess process;
             process.setWorkingDirectory(folder.path());
             process.start(m_program, command.split(u' '));

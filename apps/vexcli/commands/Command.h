@@ -75,11 +75,13 @@ struct Command
 extern const Command kApexCommand;
 extern const Command kCheckPathCommand;
 extern const Command kCompareCommand;
+extern const Command kDeobfuscateCommand;
 extern const Command kDistributionCommand;
 extern const Command kFileTypeCommand;
 extern const Command kFormulaCommand;
 extern const Command kMassCommand;
 extern const Command kMoveCommand;
+extern const Command kObfuscateCommand;
 extern const Command kPatternCommand;
 extern const Command kSysInfoCommand;
 

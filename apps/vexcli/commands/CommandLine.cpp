@@ -151,6 +151,8 @@ vex::Error CommandLine::parse(const QStringList &arguments)
     }
     if (isHelpWanted())
         return vex::ErrorCode::NoError;
+    if (!m_refusal.isEmpty() && !positional().isEmpty())
+        return usageFailure(withHint(m_refusal));
     if (auto error = checkRepeated(); error.hasError())
         return passedOn(std::move(error));
     QStringList files = inputFiles();

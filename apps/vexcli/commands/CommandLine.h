@@ -30,6 +30,9 @@ public:
     void addPositional(const QString &name, const QString &description, const QString &syntax);
     /// Positional arguments that are files to read; "-" is standard input.
     void addInputPositional(const QString &name, const QString &description, const QString &syntax);
+    /// Takes no positional arguments: one is refused for @p reason before anything is logged, and
+    /// is not repeated in the message.
+    void refusePositional(const QString &reason) { m_refusal = reason; }
     /// An option with a value, which can be given once.
     void addOption(const QStringList &names, const QString &description, const QString &valueName);
     /// An option with a value, which can be given again and again.
@@ -85,6 +88,7 @@ private:
     QStringList m_names; // of all options, the longest of each
     QSet<QString> m_repeatable;
     QStringList m_inputs; // options whose values are files to read
+    QString m_refusal; // of positional arguments; empty where they are taken
     bool m_arePositionalInputs = false;
 };
 

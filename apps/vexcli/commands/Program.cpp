@@ -28,11 +28,13 @@ constexpr std::array kCommands{
     &kApexCommand,
     &kCheckPathCommand,
     &kCompareCommand,
+    &kDeobfuscateCommand,
     &kDistributionCommand,
     &kFileTypeCommand,
     &kFormulaCommand,
     &kMassCommand,
     &kMoveCommand,
+    &kObfuscateCommand,
     &kPatternCommand,
     &kSysInfoCommand,
 };

@@ -1,14 +1,19 @@
 #include "platform/Terminal.h"
 
+#include "Failure.h"
+
 #include <atomic>
 #include <cstdlib>
 #include <initializer_list>
+#include <string>
 
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>
 
 #include <shellapi.h>
+
+using namespace Qt::StringLiterals;
 
 namespace vexcli {
 
@@ -17,8 +22,21 @@ namespace {
 void (*noteInterrupt)(int) = nullptr;
 UINT codePageBefore = 0;
 
+std::atomic<bool> isInputHidden = false;
+DWORD shownInput = 0; // mode of the console, to be put back
+
+void showInput()
+{
+    if (!isInputHidden.exchange(false))
+        return;
+    const HANDLE console = GetStdHandle(STD_INPUT_HANDLE);
+    FlushConsoleInputBuffer(console); // a shell would take what is unread for a command
+    SetConsoleMode(console, shownInput);
+}
+
 void restoreConsole()
 {
+    showInput();
     if (codePageBefore != 0)
         SetConsoleOutputCP(codePageBefore);
 }
@@ -28,6 +46,7 @@ BOOL WINAPI handleControl(DWORD event)
     static std::atomic<bool> isNoted = false;
     if (isNoted.exchange(true))
         return FALSE; // ends the process
+    showInput();
     noteInterrupt(static_cast<int>(event));
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
         Sleep(
@@ -78,6 +97,44 @@ vex::Result<QStringList> commandArguments(int, char **)
 bool isTerminal(std::FILE *stream)
 {
     return _isatty(_fileno(stream)) != 0;
+}
+
+HiddenInput::HiddenInput()
+{
+    const HANDLE console = GetStdHandle(STD_INPUT_HANDLE);
+    if (GetConsoleMode(console, &shownInput) == FALSE)
+        return;
+    isInputHidden = true;
+    FlushConsoleInputBuffer(console);
+    constexpr DWORD kLines = ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT;
+    const bool isHidden =
+        SetConsoleMode(console, (shownInput & ~DWORD{ENABLE_ECHO_INPUT}) | kLines) != FALSE;
+    m_state = isHidden ? Hidden : Shown;
+}
+
+HiddenInput::~HiddenInput()
+{
+    showInput();
+}
+
+vex::Result<QByteArray> HiddenInput::readLine()
+{
+    std::wstring line;
+    while (!line.ends_with(L'\n')) {
+        wchar_t piece[1024];
+        DWORD got = 0;
+        if (ReadConsoleW(GetStdHandle(STD_INPUT_HANDLE), piece,
+                static_cast<DWORD>(std::size(piece)), &got, nullptr)
+                == FALSE
+            && GetLastError() != ERROR_OPERATION_ABORTED)
+            return failure(u"cannot read standard input: %1"_s.arg(qt_error_string()));
+        if (got == 0)
+            Sleep(10); // Ctrl-C, which ends the process soon
+        line.append(piece, got);
+    }
+    while (line.ends_with(L'\n') || line.ends_with(L'\r'))
+        line.pop_back();
+    return QString::fromStdWString(line).toUtf8();
 }
 
 void onInterrupt(void (*note)(int))
