@@ -47,19 +47,32 @@ Error failure(detail::TraceSite site, const char *function, const QString &text)
     return detail::stamped(site, function, Error(ErrorCode::FileAccessError, text));
 }
 
+/// True when a folder on the way to @p path does not let the user see what it holds.
+bool isHidden(const QString &path)
+{
+    QFileInfo above(QFileInfo(path).path());
+    while (!above.exists() && above.path() != above.filePath())
+        above.setFile(above.path());
+    return above.exists() && !above.isExecutable();
+}
+
 /// The bytes of the regular file at @p path; none when there is nothing.
 Result<QByteArray> contentOf(const QString &path)
 {
     QFile file(path);
-    if (!file.exists())
+    QString reason;
+    if (isHidden(path)) {
+        reason = QObject::tr("A folder on the way is closed");
+    } else if (!file.exists()) {
         return QByteArray();
-    const bool isRegular = QFileInfo(file).isFile(); // others may have no end
-    if (isRegular && file.open(QIODevice::ReadOnly)) {
-        const QByteArray content = file.readAll();
+    } else if (!QFileInfo(file).isFile()) { // others may have no end
+        reason = QObject::tr("It is no regular file");
+    } else {
+        const QByteArray content = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
         if (file.error() == QFile::NoError)
             return content;
+        reason = file.errorString();
     }
-    const QString reason = isRegular ? file.errorString() : QObject::tr("It is no regular file");
     return failure(at::notRead, Q_FUNC_INFO, QObject::tr("Cannot read %1: %2").arg(path, reason));
 }
 

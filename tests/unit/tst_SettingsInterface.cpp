@@ -305,6 +305,20 @@ private Q_SLOTS:
             QStringList{u"a.ini"_s});
     }
 
+    /// Values that nobody can see are not taken for none.
+    void closedFoldersMayHoldValues()
+    {
+        const QDir folder(m_folder.filePath(u"work/closed"_s));
+        const QString path = folder.filePath(u"a.ini"_s);
+        QVERIFY(folder.mkpath(u"."_s));
+        write(path, kOld);
+        setLauncher(u"exit 0"_s);
+        QVERIFY(QFile::setPermissions(folder.path(), {}));
+        QCOMPARE(Settings(path).saveChecked().message(),
+            u"Cannot read %1: A folder on the way is closed"_s.arg(path));
+        QVERIFY(!QFile::exists(logPath()));
+    }
+
 private:
     QString logPath() const
     {
