@@ -45,6 +45,9 @@ install(TARGETS ${vex_targets} EXPORT vexTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT vex_runtime NAMELINK_COMPONENT vex_development
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} ${vex_development}
     FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} ${vex_development})
+if(TARGET vexkeychain) # beside the library, which loads it
+    install(TARGETS vexkeychain LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT vex_runtime NAMELINK_SKIP)
+endif()
 # The helper that saves where the user may not write. On Windows the shell looks for it beside the program.
 set(VEX_COPIER_FOLDER $<IF:$<BOOL:${WIN32}>,${CMAKE_INSTALL_BINDIR},${CMAKE_INSTALL_LIBEXECDIR}/vex>)
 install(TARGETS vexcopier RUNTIME DESTINATION ${VEX_COPIER_FOLDER} COMPONENT vex_runtime)
@@ -66,6 +69,9 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vexConfig.cmake
     cmake/VexBuildInfo.cmake
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vex ${vex_development})
 
+if(VEX_KEYCHAIN_INCLUDE AND NOT WIN32) # a zip goes to other machines, where that folder is another
+    set(VEX_PC_KEYCHAIN_CFLAGS "-I${VEX_KEYCHAIN_INCLUDE}")
+endif()
 file(RELATIVE_PATH VEX_PC_PREFIX /${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig /${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/vex.pc.in vex.pc.in @ONLY)
 file(GENERATE OUTPUT vex.pc INPUT ${CMAKE_CURRENT_BINARY_DIR}/vex.pc.in)

@@ -45,7 +45,7 @@ set(CPACK_DEBIAN_VEX_RUNTIME_PACKAGE_CONTROL_EXTRA ${package}/triggers)
 set(CPACK_DEBIAN_VEX_RUNTIME_PACKAGE_RECOMMENDS pkexec) # to save where the user may not write
 set(CPACK_COMPONENT_VEX_PROGRAM_DEPENDS vex_runtime)
 set(CPACK_COMPONENT_VEX_DEVELOPMENT_DEPENDS vex_runtime)
-set(CPACK_DEBIAN_VEX_DEVELOPMENT_PACKAGE_DEPENDS qt6-base-dev)
+set(CPACK_DEBIAN_VEX_DEVELOPMENT_PACKAGE_DEPENDS "qt6-base-dev, qtkeychain-qt6-dev")
 set(CPACK_DEBIAN_VEX_DEVELOPMENT_PACKAGE_SUGGESTS "cmake, pkg-config")
 
 # The system's own folders need no path in the libraries.

@@ -16,6 +16,9 @@ install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 # What the program needs beside itself: Qt, and the libraries of the compiler.
 set(vex_runtime_files $<TARGET_FILE:Qt6::Core>)
+if(VEX_HAS_KEYCHAIN)
+    list(APPEND vex_runtime_files $<TARGET_FILE:Qt6Keychain::Qt6Keychain>)
+endif()
 if(MINGW)
     foreach(dll IN ITEMS libgcc_s_seh-1.dll libssp-0.dll libstdc++-6.dll libwinpthread-1.dll)
         execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${dll}
@@ -26,7 +29,7 @@ if(MINGW)
     endforeach()
     # their terms, as Debian's packages and scripts/windows-root have them; the test install.zip misses none
     install(FILES cmake/package/licences.txt DESTINATION ${licences} RENAME README.txt)
-    foreach(package IN ITEMS gcc-mingw-w64-base mingw-w64-x86-64-dev)
+    foreach(package IN ITEMS gcc-mingw-w64-base mingw-w64-x86-64-dev qtkeychain-qt6-dev)
         install(FILES /usr/share/doc/${package}/copyright DESTINATION ${licences} RENAME ${package}.txt OPTIONAL)
     endforeach()
     install(DIRECTORY /usr/share/common-licenses/ DESTINATION ${licences}/common FILES_MATCHING PATTERN *GPL-*)

@@ -9,6 +9,8 @@
 #include <QString>
 #include <QVariant>
 
+#include <optional>
+
 // Every type that a function of this library returns in a Result, compiled whole here: a member
 // that only one application uses cannot break unseen.
 namespace vex {
@@ -23,6 +25,9 @@ template class Result<QList<QString>>;
 template class Result<QJsonObject>;
 template class Result<QJsonArray>;
 template class Result<QMap<QString, QVariant>>;
+template class Result<std::optional<QString>>;
+template class Result<std::optional<QByteArray>>;
+template class Result<std::optional<QMap<QString, QVariant>>>;
 template class Result<PlotBase>;
 
 } // namespace vex

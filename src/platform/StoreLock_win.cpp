@@ -1,0 +1,10 @@
+#include "platform/StoreLock.h"
+
+namespace vex::detail {
+
+bool isStoreLocked()
+{
+    return false; // opened with the user's session
+}
+
+} // namespace vex::detail

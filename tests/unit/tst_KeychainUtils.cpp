@@ -1,0 +1,503 @@
+#include "ErrorTrace.h"
+
+#include <vex/KeychainUtils.h>
+
+#include <QCoreApplication>
+#include <QDataStream>
+#include <QDateTime>
+#include <QEasingCurve>
+#include <QElapsedTimer>
+#include <QIODevice>
+#include <QProcess>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
+
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <thread>
+
+#if defined(Q_OS_UNIX)
+#    include <csignal>
+#endif
+
+using namespace Qt::StringLiterals;
+using namespace vex::KeychainUtils;
+using namespace std::chrono_literals;
+using vex::test::ErrorReport;
+
+namespace {
+
+using Map = QMap<QString, QVariant>;
+
+#if defined(Q_OS_WIN)
+constexpr bool kIsWindows = true;
+#else
+constexpr bool kIsWindows = false;
+#endif
+
+/// A piece of every secret here, which no message may show.
+constexpr const char *kMark = "s3cretMark";
+
+QString s_messages;
+QtMessageHandler s_before = nullptr;
+
+void keepMessage(QtMsgType type, const QMessageLogContext &at, const QString &text)
+{
+    s_messages += text + u'\n';
+    s_before(type, at, text);
+}
+
+ErrorReport seen(const vex::Error &error)
+{
+    s_messages += error.errorMessages().join(u'\n') + error.warnings().join(u'\n');
+    return vex::test::reportOf(error);
+}
+
+template <typename Value>
+ErrorReport seen(const vex::Result<Value> &result)
+{
+    return seen(result.hasError() ? result.error() : vex::Error());
+}
+
+QString name(const char *key)
+{
+    return u"vex-test/"_s + QLatin1StringView(key);
+}
+
+QString textOf(const QString &key, const QString &expected = {})
+{
+    QString text = u"before"_s;
+    QString said = u"before"_s;
+    const auto error = readFromKeychain(key, &text, &said);
+    s_messages += said;
+    return error == QKeychain::NoError ? text : QString::number(error) + expected;
+}
+
+/// Every kind of failure through one message: what each checked call says of @p key.
+QList<ErrorReport> checkedReports(const QString &key, std::chrono::milliseconds limit = 5s)
+{
+    return {seen(readTextChecked(key, limit)), seen(readBytesChecked(key, limit)),
+        seen(readMapChecked(key, limit)), seen(writeTextChecked(key, u"s3cretMark"_s, limit)),
+        seen(writeBytesChecked(key, kMark, limit)), seen(writeMapChecked(key, {}, limit)),
+        seen(deleteChecked(key, limit))};
+}
+
+/// A program of its own for what changes a whole process. Prints what the calls say.
+int scene(const QByteArray &what, int argc, char **argv)
+{
+    const auto print = [](const QString &text) { std::puts(text.toUtf8().constData()); };
+    std::unique_ptr<QCoreApplication> application;
+    if (what != "no-application")
+        application = std::make_unique<QCoreApplication>(argc, argv);
+    if (what == "ended") { // as in a destructor after exec()
+        QTimer::singleShot(0, application.get(), &QCoreApplication::quit);
+        QCoreApplication::exec();
+        QString said;
+        print(QString::number(writeToKeychain(name("e"), u"s3cretMark"_s, &said)) + said);
+        print(textOf(name("e")));
+        print(seen(readTextChecked(name("e"))).message);
+        print(QString::number(deleteFromKeychain(name("e"), nullptr)));
+        return 0;
+    }
+    if (what == "other-first") {
+        QThread other;
+        QObject worker;
+        worker.moveToThread(&other);
+        other.start();
+        QMetaObject::invokeMethod(
+            &worker, [&] { print(textOf(name("missing"))); }, Qt::BlockingQueuedConnection);
+        other.quit();
+        other.wait();
+    }
+    if (what == "no-store") {
+        QString said;
+        QByteArray bytes("before"); // replaced by nothing
+        const auto error = readFromKeychain(name("k"), &bytes, &said);
+        print(QString::number(error) + QString::fromUtf8(bytes));
+        const ErrorReport read = seen(readVariantMap(name("k")));
+        const ErrorReport write = seen(writeToKeychain(name("k"), Map{{u"a"_s, 1}}));
+        print(u"%1 %2 %3"_s.arg(QString::number(read.code), read.trace.join(u' '),
+            read.message == said ? u"same"_s : read.message));
+        print(u"%1 %2 %3"_s.arg(QString::number(write.code), write.trace.join(u' '),
+            write.message == said ? u"same"_s : write.message));
+    }
+    for (const ErrorReport &report : checkedReports(name("k")))
+        print(QString::number(report.code) + u' ' + report.message);
+    return 0;
+}
+
+} // namespace
+
+class TestKeychainUtils : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+#if defined(Q_OS_UNIX)
+        m_store = qEnvironmentVariableIntValue("VEX_KEYRING_PID");
+        if (m_store <= 0)
+            QFAIL("run it through tests/support/keyring-session: the store is the user's");
+#endif
+        s_before = qInstallMessageHandler(keepMessage);
+        QCOMPARE(deleteFromKeychain(name("k"), nullptr), kNoEntry);
+    }
+    void cleanup()
+    {
+#if defined(Q_OS_UNIX)
+        ::kill(m_store, SIGCONT);
+#endif
+        for (const char *key : {"k", "K2", "e"})
+            std::ignore = deleteFromKeychain(name(key), nullptr);
+    }
+    void cleanupTestCase()
+    {
+        qInstallMessageHandler(s_before);
+        for (const QByteArray &form :
+            {QByteArray(kMark), QByteArray(kMark).toBase64().left(11), QByteArray(kMark).toHex()})
+            QVERIFY2(!s_messages.contains(QLatin1StringView(form)), qPrintable(s_messages));
+    }
+
+    void secretsComeBack_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("word") << QByteArray("s3cretMark");
+        QTest::newRow("empty") << QByteArray("");
+        QTest::newRow("all of UTF-8") << u"s3cretMark \u00e4\u03bc\U0001F600 %1\n"_s.toUtf8();
+        QTest::newRow("NUL") << QByteArray("s3cretMark\0end", 14);
+        QTest::newRow("no UTF-8") << QByteArray("\xff\xfe\0s3cretMark", 13);
+        QTest::newRow("600 bytes") << QByteArray(kMark).repeated(60);
+        QTest::newRow("1 MiB") << QByteArray(kMark).repeated(104'858).left(1 << 20);
+    }
+    void secretsComeBack()
+    {
+        QFETCH(QByteArray, bytes);
+        const QString key = name("k");
+        const QString text = QString::fromUtf8(bytes);
+        const bool isText = text.toUtf8() == bytes;
+        const bool isTooLarge = kIsWindows && bytes.size() > 16'000;
+
+        QString said = u"before"_s;
+        QByteArray read("before");
+        const auto written = writeToKeychain(key, bytes, &said);
+        QCOMPARE(written, isTooLarge ? QKeychain::OtherError : QKeychain::NoError);
+        QCOMPARE(said.isEmpty(), !isTooLarge);
+        if (!isTooLarge && (!kIsWindows || bytes.size() < 500)) { // Wine cuts at 512
+            QCOMPARE(readFromKeychain(key, &read, nullptr), QKeychain::NoError);
+            QCOMPARE(read, bytes);
+            if (isText && (kIsWindows || !text.contains(u'\0')))
+                QCOMPARE(textOf(key), text);
+        }
+        std::ignore = deleteFromKeychain(key, nullptr);
+        QCOMPARE(textOf(key, u"gone"_s), u"1gone"_s);
+
+        // checked: what is said to be kept is; what is not kept leaves nothing behind
+        const vex::Error checked = writeBytesChecked(key, bytes);
+        seen(checked);
+        QCOMPARE(!kIsWindows && checked.hasError(), false);
+        QCOMPARE(checked.warnings().size() == 1, bytes.size() > kMostPortableSize && !kIsWindows);
+        const auto kept = readBytesChecked(key);
+        QVERIFY(!kept.hasError());
+        QCOMPARE(kept.value(), checked.hasError() ? std::nullopt : std::optional(bytes));
+        if (!isText || bytes.size() > 500)
+            return;
+        QCOMPARE(seen(writeTextChecked(key, text + u"2"_s)), ErrorReport());
+        QCOMPARE(readTextChecked(key).value(), std::optional(text + u"2"_s));
+        QCOMPARE(textOf(key), text + u"2"_s); // also for who uses the plain call
+        QCOMPARE(seen(deleteChecked(key)), ErrorReport());
+        QCOMPARE(seen(deleteChecked(key)), ErrorReport());
+        QCOMPARE(readTextChecked(key).value(), std::nullopt);
+    }
+
+    void plainCallsTellWhatTheStoreSays()
+    {
+        QString said = u"before"_s;
+        QString text = u"before"_s;
+        QCOMPARE(writeToKeychain(name("k"), u"s3cretMark1"_s, &said), QKeychain::NoError);
+        QCOMPARE(said, QString());
+        QCOMPARE(writeToKeychain(name("k"), u"s3cretMark2"_s, nullptr), QKeychain::NoError);
+        QCOMPARE(textOf(name("k")), u"s3cretMark2"_s);
+        QCOMPARE(deleteFromKeychain(name("k"), &said), QKeychain::NoError);
+        QCOMPARE(readFromKeychain(name("k"), &text, &said), QKeychain::EntryNotFound);
+        QCOMPARE(text, QString());
+        QCOMPARE(said, kIsWindows ? u"Password entry not found"_s : u"Entry not found"_s);
+        QCOMPARE(deleteFromKeychain(name("k"), &said), kNoEntry);
+        QCOMPARE(readVariantMap(name("k")).value(), Map());
+    }
+
+    void mapsComeBack()
+    {
+        const Map map{{u"user"_s, u"s3cretMark"_s}, {QString(), QVariant()},
+            {u"nested"_s, QVariantMap{{u"list"_s, QVariantList{1, 2.5, QByteArray("\0", 1)}}}},
+            {u"when"_s, QDateTime(QDate(2026, 11, 22), QTime(6, 25), Qt::UTC)}};
+        QCOMPARE(seen(writeToKeychain(name("k"), map)), ErrorReport());
+        QCOMPARE(readVariantMap(name("k")).value(), map);
+        QCOMPARE(readMapChecked(name("k")).value(), std::optional(map));
+        QByteArray bytes; // of QDataStream, and nothing else
+        QByteArray expected;
+        QDataStream stream(&expected, QIODevice::WriteOnly);
+        stream << map;
+        QCOMPARE(readFromKeychain(name("k"), &bytes, nullptr), QKeychain::NoError);
+        QCOMPARE(bytes, expected);
+        QCOMPARE(seen(writeMapChecked(name("k"), {{u"other"_s, 1}})), ErrorReport());
+        QCOMPARE(readVariantMap(name("k")).value(), (Map{{u"other"_s, 1}}));
+        QCOMPARE(seen(writeMapChecked(name("k"), {})), ErrorReport());
+        QCOMPARE(readMapChecked(name("k")).value(), std::optional(Map()));
+        QCOMPARE(seen(deleteChecked(name("k"))), ErrorReport());
+        QCOMPARE(readMapChecked(name("k")).value(), std::nullopt);
+    }
+
+    void bytesThatAreNoMap_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("text") << QByteArray("s3cretMark") << u"it is no map"_s;
+        QTest::newRow("4 billion entries") << QByteArray::fromHex("ffffffff") << u"it is no map"_s;
+        QTest::newRow("more than a map")
+            << QByteArray::fromHex("0000000000") << u"something follows the map"_s;
+    }
+    void bytesThatAreNoMap()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, reason);
+        QCOMPARE(writeToKeychain(name("k"), bytes, nullptr), QKeychain::NoError);
+        QCOMPARE(readVariantMap(name("k")).value(), Map()); // Deliberate: not detected
+        QCOMPARE(seen(readMapChecked(name("k"))),
+            (ErrorReport{vex::GeneralFailure, u"No access to the secret 'vex-test/k': "_s + reason,
+                {u"src/KeychainUtils:121"_s}}));
+    }
+
+    void checkedCallsReplaceTheOtherKind()
+    {
+        QCOMPARE(writeToKeychain(name("k"), u"s3cretMark old"_s, nullptr), QKeychain::NoError);
+        QCOMPARE(
+            writeToKeychain(name("k"), QByteArray("s3cretMark new"), nullptr), QKeychain::NoError);
+        QCOMPARE(textOf(name("k")), kIsWindows ? u"s3cretMark new"_s : u"s3cretMark old"_s);
+        QCOMPARE(seen(writeBytesChecked(name("k"), "s3cretMark newest")), ErrorReport());
+        QCOMPARE(textOf(name("k")), u"s3cretMark newest"_s);
+        QCOMPARE(seen(writeTextChecked(name("k"), u"s3cretMark last"_s)), ErrorReport());
+        QCOMPARE(textOf(name("k")), u"s3cretMark last"_s);
+    }
+
+    void refusals_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("message");
+        const QString begin = u"No access to the secret '%1': %2"_s;
+        const QString longest(kMostKeySize, u'k');
+        QTest::newRow("empty") << QString() << begin.arg(QString(), u"a key is not empty"_s);
+        QTest::newRow("too long") << longest + u'k'
+                                  << begin.arg(longest, u"a key has at most 200 characters"_s);
+        const QString odd = u"a key has neither NUL nor half of a surrogate pair"_s;
+        QTest::newRow("NUL") << u"a\0b"_s << begin.arg(u"a<U+0000>b"_s, odd);
+        QTest::newRow("half a pair") << u"a"_s + QChar(0xd800) << begin.arg(u"a<U+D800>"_s, odd);
+    }
+    void refusals()
+    {
+        QFETCH(QString, key);
+        QFETCH(QString, message);
+        for (const ErrorReport &report : checkedReports(key))
+            QCOMPARE(
+                report, (ErrorReport{vex::InvalidInput, message, {u"src/KeychainUtils:118"_s}}));
+    }
+
+    void secretsThatAreRefused()
+    {
+        const QString longest(kMostKeySize, u'k');
+        QCOMPARE(seen(writeTextChecked(longest, u"s3cretMark"_s)), ErrorReport());
+        QCOMPARE(seen(deleteChecked(longest)), ErrorReport());
+        QCOMPARE(seen(writeTextChecked(name("k"), u"s3cretMark"_s + QChar(0xdc00))),
+            (ErrorReport{vex::InvalidInput,
+                u"No access to the secret 'vex-test/k': the text has half of a surrogate pair"_s,
+                {u"src/KeychainUtils:123"_s}}));
+        QCOMPARE(seen(writeMapChecked(name("k"), {{u"k"_s, QVariant(QEasingCurve())}})),
+            (ErrorReport{vex::InvalidInput,
+                u"No access to the secret 'vex-test/k': it has a value of type 29, which is none "
+                "of settings"_s,
+                {u"src/KeychainUtils:122"_s}}));
+        QCOMPARE(readTextChecked(name("k")).value(), std::nullopt);
+    }
+
+    void otherThreadsAreRefused()
+    {
+        QList<ErrorReport> plain;
+        std::thread([&] { plain = checkedReports(name("k")); }).join();
+        QList<ErrorReport> withLoop;
+        const std::unique_ptr<QThread> other(
+            QThread::create([&] { withLoop = checkedReports(name("k")); }));
+        other->start();
+        other->wait();
+        for (const auto &[reports, reason] :
+            {std::pair(plain, u"this thread has no event dispatcher"_s),
+                {withLoop, u"another thread has used the credential store first"_s}}) {
+            QCOMPARE(reports.size(), 7);
+            for (const ErrorReport &report : reports)
+                QCOMPARE(report,
+                    (ErrorReport{vex::GeneralFailure,
+                        u"No access to the secret 'vex-test/k': "_s + reason,
+                        {u"src/KeychainUtils:118"_s}}));
+        }
+    }
+
+    /// Events go on during a call, and may call again.
+    void callsWithinCalls()
+    {
+        QStringList log;
+        QTimer::singleShot(0, this, [&] {
+            log += u"plain"_s;
+            QCOMPARE(writeToKeychain(name("K2"), u"s3cretMark in"_s, nullptr), QKeychain::NoError);
+            log += textOf(name("K2"));
+        });
+        QTimer::singleShot(0, this, [&] {
+            log += u"checked"_s;
+            QCOMPARE(seen(writeTextChecked(name("e"), u"s3cretMark e"_s)), ErrorReport());
+            log += readTextChecked(name("e")).value().value_or(QString());
+        });
+        QCOMPARE(writeToKeychain(name("k"), u"s3cretMark out"_s, nullptr), QKeychain::NoError);
+        QTRY_COMPARE(log.size(), 4);
+        QCOMPARE(
+            log, (QStringList{u"plain"_s, u"checked"_s, u"s3cretMark e"_s, u"s3cretMark in"_s}));
+        log.clear();
+        QTimer::singleShot(0, this, [&] { log += readTextChecked(name("e")).value().value(); });
+        QCOMPARE(seen(writeTextChecked(name("k"), u"s3cretMark x"_s)), ErrorReport());
+        QCOMPARE(log, QStringList{u"s3cretMark e"_s});
+        QCOMPARE(textOf(name("k")), u"s3cretMark x"_s);
+    }
+
+    void scenes_data()
+    {
+        QTest::addColumn<QString>("what");
+        QTest::addColumn<QStringList>("wrapper");
+        QTest::addColumn<QStringList>("expected");
+        const auto refused = [](const QString &reason) {
+            return QStringList(7, u"1 No access to the secret 'vex-test/k': "_s + reason);
+        };
+        QTest::newRow("no application")
+            << u"no-application"_s << QStringList() << refused(u"there is no QCoreApplication"_s);
+        QTest::newRow("thread that has ended") << u"other-first"_s << QStringList()
+                                               << QStringList{u"1"_s}
+                + refused(u"another thread has used the credential store first"_s);
+        QTest::newRow("program that ends")
+            << u"ended"_s << QStringList()
+            << QStringList{u"0"_s, u"s3cretMark"_s, QString(), u"0"_s};
+#if defined(Q_OS_UNIX)
+        const QStringList plain{
+            u"7"_s, u"1 src/KeychainUtils:104 same"_s, u"1 src/KeychainUtils:117 same"_s};
+        QTest::newRow("no bus") << u"no-store"_s
+                                << QStringList{u"env"_s,
+                                       u"DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere"_s}
+                                << plain
+                + refused(u"the credential store says 'Could not connect: No such file or "
+                          "directory' (7)"_s);
+        QTest::newRow("no store") << u"no-store"_s
+                                  << QStringList{QLatin1StringView(VEX_SESSION), u"--no-service"_s}
+                                  << plain
+                + refused(u"the credential store says 'The name org.freedesktop.secrets was "
+                          "not provided by any .service files' (7)"_s);
+#endif
+    }
+    void scenes()
+    {
+        QFETCH(QString, what);
+        QFETCH(QStringList, wrapper);
+        QFETCH(QStringList, expected);
+        QProcess process;
+        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        const QStringList command =
+            wrapper + QStringList{QCoreApplication::applicationFilePath(), u"scene"_s, what};
+        process.start(command.constFirst(), command.sliced(1));
+        QVERIFY2(process.waitForFinished(60'000), qPrintable(process.errorString()));
+        QCOMPARE(process.exitCode(), 0);
+        QCOMPARE(QString::fromUtf8(process.readAllStandardOutput())
+                     .remove(u'\r')
+                     .chopped(1)
+                     .split(u'\n'),
+            expected);
+    }
+
+#if defined(Q_OS_UNIX)
+    /// A store that does not answer: the limit ends the call, and nothing is left that the late
+    /// answer could hit.
+    void frozenStore()
+    {
+        QCOMPARE(seen(writeTextChecked(name("k"), u"s3cretMark before"_s)), ErrorReport());
+        QElapsedTimer clock;
+        clock.start();
+        QCOMPARE(::kill(m_store, SIGSTOP), 0);
+        const QString begin = u"No access to the secret 'vex-test/k': the credential store has not "
+                              "answered "_s;
+        QCOMPARE(seen(writeTextChecked(name("k"), u"s3cretMark late"_s, 300ms)),
+            (ErrorReport{vex::GeneralFailure, begin + u"within 300 ms"_s,
+                { u"src/KeychainUtils:119"_s,
+                    u"src/KeychainUtils:124"_s,
+                    u"src/KeychainUtils:124"_s }}));
+        QCOMPARE(seen(readTextChecked(name("k"), 200ms)),
+            (ErrorReport{vex::GeneralFailure, begin + u"an earlier call within 200 ms"_s,
+                { u"src/KeychainUtils:119"_s,
+                    u"src/KeychainUtils:120"_s }}));
+        QVERIFY(clock.elapsed() >= 500 && clock.elapsed() < 5000);
+        QCOMPARE(::kill(m_store, SIGCONT), 0);
+        // the write that came too late took place
+        QCOMPARE(readTextChecked(name("k")).value().value_or(u"none"_s), u"s3cretMark late"_s);
+
+        // the plain call waits until the store goes on
+        QCOMPARE(::kill(m_store, SIGSTOP), 0);
+        clock.restart();
+        QTimer::singleShot(400, this, [this] { ::kill(m_store, SIGCONT); });
+        QCOMPARE(textOf(name("k")), u"s3cretMark late"_s);
+        QVERIFY(clock.elapsed() >= 400);
+    }
+
+    /// What others find the entry by.
+    void entryBelongsToTheService()
+    {
+        QCOMPARE(writeToKeychain(name("k"), u"s3cretMark"_s, nullptr), QKeychain::NoError);
+        QProcess search;
+        search.start(u"dbus-send"_s,
+            {u"--session"_s, u"--print-reply"_s, u"--dest=org.freedesktop.secrets"_s,
+                u"/org/freedesktop/secrets"_s, u"org.freedesktop.Secret.Service.SearchItems"_s,
+                u"dict:string:string:server,VexCredentials,user,"_s + name("k")});
+        QVERIFY(search.waitForFinished());
+        QCOMPARE(search.readAllStandardOutput().count("object path"), 1);
+    }
+
+    /// The last one: nothing opens the store again.
+    void lockedStore()
+    {
+        QCOMPARE(writeToKeychain(name("k"), u"s3cretMark"_s, nullptr), QKeychain::NoError);
+        const QStringList lock{u"--session"_s, u"--print-reply"_s,
+            u"--dest=org.freedesktop.secrets"_s, u"/org/freedesktop/secrets"_s,
+            u"org.freedesktop.Secret.Service.Lock"_s,
+            u"array:objpath:/org/freedesktop/secrets/aliases/default"_s};
+        QCOMPARE(QProcess::execute(u"dbus-send"_s, lock), 0);
+        QCOMPARE(textOf(name("k")), u"1"_s); // Deliberate: as if there were none
+        QString said;
+        QCOMPARE(writeToKeychain(name("k"), u"s3cretMark"_s, &said), QKeychain::AccessDenied);
+        for (const ErrorReport &report : checkedReports(name("k"))) {
+            QCOMPARE(report.code, vex::GeneralFailure);
+            QCOMPARE(report.message,
+                u"No access to the secret 'vex-test/k': the credential store is locked"_s);
+        }
+    }
+#endif
+
+private:
+#if defined(Q_OS_UNIX)
+    pid_t m_store = 0;
+#endif
+    const QKeychain::Error kNoEntry = kIsWindows ? QKeychain::EntryNotFound : QKeychain::NoError;
+};
+
+int main(int argc, char **argv)
+{
+    if (argc == 3 && qstrcmp(argv[1], "scene") == 0)
+        return scene(argv[2], argc, argv);
+    QCoreApplication application(argc, argv);
+    TestKeychainUtils test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_KeychainUtils.moc"
