@@ -76,6 +76,7 @@ extern const Command kApexCommand;
 extern const Command kCheckPathCommand;
 extern const Command kCompareCommand;
 extern const Command kDeobfuscateCommand;
+extern const Command kCredentialCommand;
 extern const Command kDistributionCommand;
 extern const Command kFileTypeCommand;
 extern const Command kFormulaCommand;

@@ -151,7 +151,7 @@ vex::Error CommandLine::parse(const QStringList &arguments)
     }
     if (isHelpWanted())
         return vex::ErrorCode::NoError;
-    if (!m_refusal.isEmpty() && !positional().isEmpty())
+    if (!m_refusal.isEmpty() && positional().size() > m_mostPositional)
         return usageFailure(withHint(m_refusal));
     if (auto error = checkRepeated(); error.hasError())
         return passedOn(std::move(error));

@@ -30,9 +30,13 @@ public:
     void addPositional(const QString &name, const QString &description, const QString &syntax);
     /// Positional arguments that are files to read; "-" is standard input.
     void addInputPositional(const QString &name, const QString &description, const QString &syntax);
-    /// Takes no positional arguments: one is refused for @p reason before anything is logged, and
-    /// is not repeated in the message.
-    void refusePositional(const QString &reason) { m_refusal = reason; }
+    /// Takes so many positional arguments at most: more are refused for @p reason before anything
+    /// is logged, and are not repeated, since they may be secrets.
+    void refusePositional(const QString &reason, qsizetype most = 0)
+    {
+        m_refusal = reason;
+        m_mostPositional = most;
+    }
     /// An option with a value, which can be given once.
     void addOption(const QStringList &names, const QString &description, const QString &valueName);
     /// An option with a value, which can be given again and again.
@@ -88,7 +92,8 @@ private:
     QStringList m_names; // of all options, the longest of each
     QSet<QString> m_repeatable;
     QStringList m_inputs; // options whose values are files to read
-    QString m_refusal; // of positional arguments; empty where they are taken
+    QString m_refusal; // of more positional arguments; empty where any number is taken
+    qsizetype m_mostPositional = 0;
     bool m_arePositionalInputs = false;
 };
 

@@ -24,19 +24,14 @@ namespace vexcli {
 
 namespace {
 
-constexpr std::array kCommands{
-    &kApexCommand,
-    &kCheckPathCommand,
-    &kCompareCommand,
-    &kDeobfuscateCommand,
-    &kDistributionCommand,
-    &kFileTypeCommand,
-    &kFormulaCommand,
-    &kMassCommand,
-    &kMoveCommand,
-    &kObfuscateCommand,
-    &kPatternCommand,
-    &kSysInfoCommand,
+constexpr std::array kCommands
+{
+    &kApexCommand, &kCheckPathCommand, &kCompareCommand,
+#if VEX_HAS_KEYCHAIN
+        &kCredentialCommand,
+#endif
+        &kDeobfuscateCommand, &kDistributionCommand, &kFileTypeCommand, &kFormulaCommand,
+        &kMassCommand, &kMoveCommand, &kObfuscateCommand, &kPatternCommand, &kSysInfoCommand,
 };
 
 enum ExitCode {
