@@ -14,9 +14,9 @@
 #include <QTimer>
 
 #include <cstdio>
-#include <functional>
 #include <memory>
 #include <thread>
+#include <vector>
 
 #if defined(Q_OS_UNIX)
 #    include <csignal>
@@ -59,6 +59,16 @@ template <typename Value>
 ErrorReport seen(const vex::Result<Value> &result)
 {
     return seen(result.hasError() ? result.error() : vex::Error());
+}
+
+/// What a checked call says of the entry k, from these lines, innermost first.
+ErrorReport denied(const QString &reason, const QList<int> &lines = {118},
+    vex::ErrorCode code = vex::GeneralFailure)
+{
+    ErrorReport report{code, u"No access to the secret 'vex-test/k': "_s + reason, {}};
+    for (const int line : lines)
+        report.trace.append(u"src/KeychainUtils:%1"_s.arg(line));
+    return report;
 }
 
 QString name(const char *key)
@@ -116,12 +126,10 @@ int scene(const QByteArray &what, int argc, char **argv)
         QByteArray bytes("before"); // replaced by nothing
         const auto error = readFromKeychain(name("k"), &bytes, &said);
         print(QString::number(error) + QString::fromUtf8(bytes));
-        const ErrorReport read = seen(readVariantMap(name("k")));
-        const ErrorReport write = seen(writeToKeychain(name("k"), Map{{u"a"_s, 1}}));
-        print(u"%1 %2 %3"_s.arg(QString::number(read.code), read.trace.join(u' '),
-            read.message == said ? u"same"_s : read.message));
-        print(u"%1 %2 %3"_s.arg(QString::number(write.code), write.trace.join(u' '),
-            write.message == said ? u"same"_s : write.message));
+        for (const ErrorReport &report :
+            {seen(readVariantMap(name("k"))), seen(writeToKeychain(name("k"), Map{{u"a"_s, 1}}))})
+            print(u"%1 %2 %3"_s.arg(QString::number(report.code), report.trace.join(u' '),
+                report.message == said ? u"same"_s : report.message));
     }
     for (const ErrorReport &report : checkedReports(name("k")))
         print(QString::number(report.code) + u' ' + report.message);
@@ -164,13 +172,12 @@ private Q_SLOTS:
     void secretsComeBack_data()
     {
         QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("word") << QByteArray("s3cretMark");
-        QTest::newRow("empty") << QByteArray("");
-        QTest::newRow("all of UTF-8") << u"s3cretMark \u00e4\u03bc\U0001F600 %1\n"_s.toUtf8();
-        QTest::newRow("NUL") << QByteArray("s3cretMark\0end", 14);
-        QTest::newRow("no UTF-8") << QByteArray("\xff\xfe\0s3cretMark", 13);
-        QTest::newRow("600 bytes") << QByteArray(kMark).repeated(60);
-        QTest::newRow("1 MiB") << QByteArray(kMark).repeated(104'858).left(1 << 20);
+        for (const auto &[name, bytes] : {std::pair<const char *, QByteArray>("word", kMark),
+                 {"empty", ""}, {"all of UTF-8", "s3cretMark \u00e4\u03bc\U0001F600 %1\n"},
+                 {"NUL", {"s3cretMark\0end", 14}}, {"no UTF-8", {"\xff\xfe\0s3cretMark", 13}},
+                 {"600 bytes", QByteArray(kMark).repeated(60)},
+                 {"1 MiB", QByteArray(kMark).repeated(104'858).left(1 << 20)}})
+            QTest::newRow(name) << bytes;
     }
     void secretsComeBack()
     {
@@ -250,24 +257,16 @@ private Q_SLOTS:
         QCOMPARE(readMapChecked(name("k")).value(), std::nullopt);
     }
 
-    void bytesThatAreNoMap_data()
-    {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("reason");
-        QTest::newRow("text") << QByteArray("s3cretMark") << u"it is no map"_s;
-        QTest::newRow("4 billion entries") << QByteArray::fromHex("ffffffff") << u"it is no map"_s;
-        QTest::newRow("more than a map")
-            << QByteArray::fromHex("0000000000") << u"something follows the map"_s;
-    }
     void bytesThatAreNoMap()
     {
-        QFETCH(QByteArray, bytes);
-        QFETCH(QString, reason);
-        QCOMPARE(writeToKeychain(name("k"), bytes, nullptr), QKeychain::NoError);
-        QCOMPARE(readVariantMap(name("k")).value(), Map()); // Deliberate: not detected
-        QCOMPARE(seen(readMapChecked(name("k"))),
-            (ErrorReport{vex::GeneralFailure, u"No access to the secret 'vex-test/k': "_s + reason,
-                {u"src/KeychainUtils:121"_s}}));
+        for (const auto &[bytes, reason] :
+            {std::pair<QByteArray, QString>(kMark, u"it is no map"_s),
+                {QByteArray::fromHex("ffffffff"), u"it is no map"_s}, // 4 billion entries
+                {QByteArray::fromHex("0000000000"), u"something follows the map"_s}}) {
+            QCOMPARE(writeToKeychain(name("k"), bytes, nullptr), QKeychain::NoError);
+            QCOMPARE(readVariantMap(name("k")).value(), Map()); // Deliberate: not detected
+            QCOMPARE(seen(readMapChecked(name("k"))), denied(reason, {121}));
+        }
     }
 
     void checkedCallsReplaceTheOtherKind()
@@ -282,42 +281,26 @@ private Q_SLOTS:
         QCOMPARE(textOf(name("k")), u"s3cretMark last"_s);
     }
 
-    void refusals_data()
+    void refusedKeysAndSecrets()
     {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("message");
-        const QString begin = u"No access to the secret '%1': %2"_s;
         const QString longest(kMostKeySize, u'k');
-        QTest::newRow("empty") << QString() << begin.arg(QString(), u"a key is not empty"_s);
-        QTest::newRow("too long") << longest + u'k'
-                                  << begin.arg(longest, u"a key has at most 200 characters"_s);
         const QString odd = u"a key has neither NUL nor half of a surrogate pair"_s;
-        QTest::newRow("NUL") << u"a\0b"_s << begin.arg(u"a<U+0000>b"_s, odd);
-        QTest::newRow("half a pair") << u"a"_s + QChar(0xd800) << begin.arg(u"a<U+D800>"_s, odd);
-    }
-    void refusals()
-    {
-        QFETCH(QString, key);
-        QFETCH(QString, message);
-        for (const ErrorReport &report : checkedReports(key))
-            QCOMPARE(
-                report, (ErrorReport{vex::InvalidInput, message, {u"src/KeychainUtils:118"_s}}));
-    }
-
-    void secretsThatAreRefused()
-    {
-        const QString longest(kMostKeySize, u'k');
+        for (const auto &[key, shown, reason] :
+            {std::tuple(QString(), QString(), u"a key is not empty"_s),
+                {longest + u'k', longest, u"a key has at most 200 characters"_s},
+                {u"a\0b"_s, u"a<U+0000>b"_s, odd}, {u"a"_s + QChar(0xd800), u"a<U+D800>"_s, odd}}) {
+            ErrorReport expected = denied(reason, {118}, vex::InvalidInput);
+            expected.message.replace(name("k"), shown);
+            for (const ErrorReport &report : checkedReports(key))
+                QCOMPARE(report, expected);
+        }
         QCOMPARE(seen(writeTextChecked(longest, u"s3cretMark"_s)), ErrorReport());
         QCOMPARE(seen(deleteChecked(longest)), ErrorReport());
         QCOMPARE(seen(writeTextChecked(name("k"), u"s3cretMark"_s + QChar(0xdc00))),
-            (ErrorReport{vex::InvalidInput,
-                u"No access to the secret 'vex-test/k': the text has half of a surrogate pair"_s,
-                {u"src/KeychainUtils:123"_s}}));
+            denied(u"the text has half of a surrogate pair"_s, {123}, vex::InvalidInput));
         QCOMPARE(seen(writeMapChecked(name("k"), {{u"k"_s, QVariant(QEasingCurve())}})),
-            (ErrorReport{vex::InvalidInput,
-                u"No access to the secret 'vex-test/k': it has a value of type 29, which is none "
-                "of settings"_s,
-                {u"src/KeychainUtils:122"_s}}));
+            denied(u"it has a value of type 29, which is none of settings"_s, {122},
+                vex::InvalidInput));
         QCOMPARE(readTextChecked(name("k")).value(), std::nullopt);
     }
 
@@ -335,10 +318,7 @@ private Q_SLOTS:
                 {withLoop, u"another thread has used the credential store first"_s}}) {
             QCOMPARE(reports.size(), 7);
             for (const ErrorReport &report : reports)
-                QCOMPARE(report,
-                    (ErrorReport{vex::GeneralFailure,
-                        u"No access to the secret 'vex-test/k': "_s + reason,
-                        {u"src/KeychainUtils:118"_s}}));
+                QCOMPARE(report, denied(reason));
         }
     }
 
@@ -367,55 +347,39 @@ private Q_SLOTS:
         QCOMPARE(textOf(name("k")), u"s3cretMark x"_s);
     }
 
-    void scenes_data()
-    {
-        QTest::addColumn<QString>("what");
-        QTest::addColumn<QStringList>("wrapper");
-        QTest::addColumn<QStringList>("expected");
-        const auto refused = [](const QString &reason) {
-            return QStringList(7, u"1 No access to the secret 'vex-test/k': "_s + reason);
-        };
-        QTest::newRow("no application")
-            << u"no-application"_s << QStringList() << refused(u"there is no QCoreApplication"_s);
-        QTest::newRow("thread that has ended") << u"other-first"_s << QStringList()
-                                               << QStringList{u"1"_s}
-                + refused(u"another thread has used the credential store first"_s);
-        QTest::newRow("program that ends")
-            << u"ended"_s << QStringList()
-            << QStringList{u"0"_s, u"s3cretMark"_s, QString(), u"0"_s};
-#if defined(Q_OS_UNIX)
-        const QStringList plain{
-            u"7"_s, u"1 src/KeychainUtils:104 same"_s, u"1 src/KeychainUtils:117 same"_s};
-        QTest::newRow("no bus") << u"no-store"_s
-                                << QStringList{u"env"_s,
-                                       u"DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere"_s}
-                                << plain
-                + refused(u"the credential store says 'Could not connect: No such file or "
-                          "directory' (7)"_s);
-        QTest::newRow("no store") << u"no-store"_s
-                                  << QStringList{QLatin1StringView(VEX_SESSION), u"--no-service"_s}
-                                  << plain
-                + refused(u"the credential store says 'The name org.freedesktop.secrets was "
-                          "not provided by any .service files' (7)"_s);
-#endif
-    }
     void scenes()
     {
-        QFETCH(QString, what);
-        QFETCH(QStringList, wrapper);
-        QFETCH(QStringList, expected);
-        QProcess process;
-        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        const QStringList command =
-            wrapper + QStringList{QCoreApplication::applicationFilePath(), u"scene"_s, what};
-        process.start(command.constFirst(), command.sliced(1));
-        QVERIFY2(process.waitForFinished(60'000), qPrintable(process.errorString()));
-        QCOMPARE(process.exitCode(), 0);
-        QCOMPARE(QString::fromUtf8(process.readAllStandardOutput())
-                     .remove(u'\r')
-                     .chopped(1)
-                     .split(u'\n'),
-            expected);
+        const auto refused = [](const QString &reason) {
+            return QStringList(7, u"1 "_s + denied(reason).message);
+        };
+        using List = QStringList;
+        std::vector<std::tuple<QString, List, List>> scenes{
+            {u"no-application"_s, {}, refused(u"there is no QCoreApplication"_s)},
+            {u"other-first"_s, {},
+                List{u"1"_s} + refused(u"another thread has used the credential store first"_s)},
+            {u"ended"_s, {}, {u"0"_s, u"s3cretMark"_s, QString(), u"0"_s}}};
+#if defined(Q_OS_UNIX)
+        const List plain{
+            u"7"_s, u"1 src/KeychainUtils:104 same"_s, u"1 src/KeychainUtils:117 same"_s};
+        for (const auto &[wrapper, reason] :
+            {std::pair(List{u"env"_s, u"DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere"_s},
+                 u"Could not connect: No such file or directory"_s),
+                std::pair(List{QLatin1StringView(VEX_SESSION), u"--no-service"_s},
+                    u"The name org.freedesktop.secrets was not provided by any .service files"_s)})
+            scenes.emplace_back(u"no-store"_s, wrapper,
+                plain + refused(u"the credential store says '%1' (7)"_s.arg(reason)));
+#endif
+        for (const auto &[what, wrapper, expected] : scenes) {
+            QProcess process;
+            process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+            const List command =
+                wrapper + List{QCoreApplication::applicationFilePath(), u"scene"_s, what};
+            process.start(command.constFirst(), command.sliced(1));
+            QVERIFY2(process.waitForFinished(60'000), qPrintable(process.errorString()));
+            QCOMPARE(process.exitCode(), 0);
+            const QString printed = QString::fromUtf8(process.readAllStandardOutput());
+            QCOMPARE(QString(printed).remove(u'\r').chopped(1).split(u'\n'), expected);
+        }
     }
 
 #if defined(Q_OS_UNIX)
@@ -427,17 +391,11 @@ private Q_SLOTS:
         QElapsedTimer clock;
         clock.start();
         QCOMPARE(::kill(m_store, SIGSTOP), 0);
-        const QString begin = u"No access to the secret 'vex-test/k': the credential store has not "
-                              "answered "_s;
+        const QString begin = u"the credential store has not answered "_s;
         QCOMPARE(seen(writeTextChecked(name("k"), u"s3cretMark late"_s, 300ms)),
-            (ErrorReport{vex::GeneralFailure, begin + u"within 300 ms"_s,
-                { u"src/KeychainUtils:119"_s,
-                    u"src/KeychainUtils:124"_s,
-                    u"src/KeychainUtils:124"_s }}));
+            denied(begin + u"within 300 ms"_s, {119, 124, 124}));
         QCOMPARE(seen(readTextChecked(name("k"), 200ms)),
-            (ErrorReport{vex::GeneralFailure, begin + u"an earlier call within 200 ms"_s,
-                { u"src/KeychainUtils:119"_s,
-                    u"src/KeychainUtils:120"_s }}));
+            denied(begin + u"an earlier call within 200 ms"_s, {119, 120}));
         QVERIFY(clock.elapsed() >= 500 && clock.elapsed() < 5000);
         QCOMPARE(::kill(m_store, SIGCONT), 0);
         // the write that came too late took place
@@ -455,37 +413,40 @@ private Q_SLOTS:
     void entryBelongsToTheService()
     {
         QCOMPARE(writeToKeychain(name("k"), u"s3cretMark"_s, nullptr), QKeychain::NoError);
-        QProcess search;
-        search.start(u"dbus-send"_s,
-            {u"--session"_s, u"--print-reply"_s, u"--dest=org.freedesktop.secrets"_s,
-                u"/org/freedesktop/secrets"_s, u"org.freedesktop.Secret.Service.SearchItems"_s,
-                u"dict:string:string:server,VexCredentials,user,"_s + name("k")});
-        QVERIFY(search.waitForFinished());
-        QCOMPARE(search.readAllStandardOutput().count("object path"), 1);
+        const QByteArray found = askStore(
+            u"SearchItems"_s, u"dict:string:string:server,VexCredentials,user,"_s + name("k"));
+        QCOMPARE(found.count("object path"), 1);
     }
 
     /// The last one: nothing opens the store again.
     void lockedStore()
     {
         QCOMPARE(writeToKeychain(name("k"), u"s3cretMark"_s, nullptr), QKeychain::NoError);
-        const QStringList lock{u"--session"_s, u"--print-reply"_s,
-            u"--dest=org.freedesktop.secrets"_s, u"/org/freedesktop/secrets"_s,
-            u"org.freedesktop.Secret.Service.Lock"_s,
-            u"array:objpath:/org/freedesktop/secrets/aliases/default"_s};
-        QCOMPARE(QProcess::execute(u"dbus-send"_s, lock), 0);
+        askStore(u"Lock"_s, u"array:objpath:/org/freedesktop/secrets/aliases/default"_s);
         QCOMPARE(textOf(name("k")), u"1"_s); // Deliberate: as if there were none
         QString said;
         QCOMPARE(writeToKeychain(name("k"), u"s3cretMark"_s, &said), QKeychain::AccessDenied);
-        for (const ErrorReport &report : checkedReports(name("k"))) {
-            QCOMPARE(report.code, vex::GeneralFailure);
-            QCOMPARE(report.message,
-                u"No access to the secret 'vex-test/k': the credential store is locked"_s);
+        for (ErrorReport &report : checkedReports(name("k"))) {
+            report.trace.clear();
+            QCOMPARE(report, denied(u"the credential store is locked"_s, {}));
         }
     }
 #endif
 
 private:
 #if defined(Q_OS_UNIX)
+    /// What the store answers to a call of D-Bus.
+    static QByteArray askStore(const QString &call, const QString &argument)
+    {
+        QProcess asking;
+        asking.start(u"dbus-send"_s,
+            {u"--session"_s, u"--print-reply"_s, u"--dest=org.freedesktop.secrets"_s,
+                u"/org/freedesktop/secrets"_s, u"org.freedesktop.Secret.Service."_s + call,
+                argument});
+        asking.waitForFinished();
+        return asking.exitCode() == 0 ? asking.readAllStandardOutput() : "failed";
+    }
+
     pid_t m_store = 0;
 #endif
     const QKeychain::Error kNoEntry = kIsWindows ? QKeychain::EntryNotFound : QKeychain::NoError;
