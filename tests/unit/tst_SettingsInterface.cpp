@@ -1,25 +1,24 @@
 #include "ErrorTrace.h"
+#include "Files.h"
 
 #include <vex/FileCopierUtils.h>
 #include <vex/SettingsInterface.h>
 #include <vex/SettingsUtils.h>
 
-#include <QDir>
-#include <QFile>
 #include <QLockFile>
+#include <QProcess>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QTest>
 #include <QThread>
 
 #include <atomic>
-#include <functional>
-#include <memory>
 #include <thread>
 
 using namespace Qt::StringLiterals;
+using vex::test::contentOf;
 using vex::test::ErrorReport;
+using vex::test::writeFile;
 
 #if defined(Q_OS_UNIX)
 #    include <csignal>
@@ -57,21 +56,6 @@ protected:
 private:
     QString m_path;
 };
-
-void write(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(content), content.size());
-}
-
-#if defined(Q_OS_UNIX)
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-#endif
 
 constexpr const char *kOld = "[General]\nother=1\nvalue=old\n";
 
@@ -117,7 +101,7 @@ private Q_SLOTS:
         for (const auto &[name, old] : {std::pair("old.ini", kOld), {"missing/new.ini", ""}}) {
             const QString path = m_folder.filePath(u"work/"_s + QLatin1StringView(name));
             if (*old != '\0')
-                write(path, old);
+                writeFile(path, old);
             Settings settings(path);
             settings.value = u"a=%1;\n\u03bc\""_s;
             QVERIFY(!settings.save().hasError());
@@ -159,38 +143,32 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("launcher"); // the last command of a stand-in for pkexec
         QTest::addColumn<ErrorReport>("expected");
-        const auto row =
-            [](const char *name, const char *launcher, const char *text = nullptr, int line = 0) {
-                QTest::newRow(name)
-                    << QString::fromLatin1(launcher)
-                    << (text == nullptr ? ErrorReport{}
-                                        : ErrorReport{vex::GeneralFailure, QLatin1StringView(text),
-                                            {u"src/FileCopierUtils:%1"_s.arg(line),
-                                                u"src/SettingsInterface:45"_s}});
-            };
-        row("consent", "exec \"$helper\" \"$@\"");
-        row("parameters", "exit 1", "Bad parameters provided", 58);
-        row("source", "exit 2", "Source file is not readable", 61);
-        row("destination", "exit 3", "Destination file is not writable", 64);
-        row("failed", "exit 4", "Copying the file failed", 68);
-        row("dismissed", "exit 126", "Copying the file failed", 68);
-        row("refused", "exit 127", "Copying the file failed", 68);
-        row("out of range", "exit 255", "Copying the file failed", 68);
-        row("killed", "kill -HUP $$", "Copying the file failed", 68);
-        row("no launcher", "", "Copying the file failed", 68);
+        const char *const failed = "Copying the file failed";
+        for (const auto &[launcher, text, line] : {std::tuple("exec \"$helper\" \"$@\"", "", 0),
+                 {"exit 1", "Bad parameters provided", 58},
+                 {"exit 2", "Source file is not readable", 61},
+                 {"exit 3", "Destination file is not writable", 64}, {"exit 4", failed, 68},
+                 {"exit 126", failed, 68}, {"exit 127", failed, 68}, {"exit 255", failed, 68},
+                 {"kill -HUP $$", failed, 68}, {"", failed, 68}}) // none at all
+            QTest::newRow(launcher)
+                << QString::fromLatin1(launcher)
+                << (line == 0 ? ErrorReport()
+                              : ErrorReport{vex::GeneralFailure, QLatin1StringView(text),
+                                  {u"src/FileCopierUtils:%1"_s.arg(line),
+                                      u"src/SettingsInterface:45"_s}});
     }
     void consentAndHelper()
     {
         QFETCH(const QString, launcher);
         QFETCH(const ErrorReport, expected);
         const QString path = m_folder.filePath(u"work/its settings.ini"_s);
-        write(path, kOld);
+        writeFile(path, kOld);
         setLauncher(launcher);
         Settings settings(path);
         settings.value = u"new"_s;
         QVERIFY(!settings.save().hasError()); // may be written, so nobody is asked
         QVERIFY(!QFile::exists(logPath()));
-        write(path, kOld);
+        writeFile(path, kOld);
         QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup));
         const auto mode = QFile::permissions(path);
         const vex::Error error = settings.save();
@@ -227,82 +205,50 @@ private Q_SLOTS:
     }
 
     /// Whatever goes wrong is told, and the old settings stay as they were.
-    void checkedSavesTell_data()
-    {
-        QTest::addColumn<std::function<void(const QString &)>>("prepare");
-        QTest::addColumn<QString>("message"); // %1 is the path
-        QTest::addColumn<QString>("place");
-        using Prepare = std::function<void(const QString &)>;
-        const auto row = [](const char *name, const char *message, int line,
-                             const Prepare &prepare) {
-            QTest::newRow(name) << prepare << QString::fromLatin1(message)
-                                << u"src/SettingsInterface:%1"_s.arg(line);
-        };
-        const auto setMode = [](const QString &path, int mode) {
-            QVERIFY(QFile::setPermissions(path, QFile::Permissions::fromInt(mode)));
-        };
-        row("a folder", "Cannot read %1: It is no regular file", 66,
-            [](const QString &path) { QVERIFY(QFile::remove(path) && QDir().mkdir(path)); });
-        row("a device", "Cannot read %1: It is no regular file", 66, [](const QString &path) {
-            QVERIFY(QFile::remove(path) && QFile::link(u"/dev/null"_s, path));
-        });
-        row("unreadable", "Cannot read %1: Permission denied", 66,
-            [=](const QString &path) { setMode(path, 0x2000); });
-        row("damaged", "%1 is no settings file", 67, [](const QString &path) {
-            write(path,
-                "\x7f"
-                "ELF\n[\n");
-        });
-        row("locked", "%1 is locked by another program", 64, [this](const QString &path) {
-            m_lock = std::make_unique<QLockFile>(path + ".lock"_L1);
-            QVERIFY(m_lock->lock());
-        });
-        row("no room for the temporary file", "Cannot write a temporary file", 63,
-            [this](const QString &) {
-                qputenv("TMPDIR", m_folder.filePath(u"none"_s).toLocal8Bit());
-            });
-        row("too large", "Cannot write a temporary file", 63,
-            [this](const QString &) { m_limit = 20; });
-        row("consent refused", "Copying the file failed", 69, [=, this](const QString &path) {
-            setMode(path, 0x4444);
-            setLauncher(u"exit 127"_s);
-        });
-        row("nothing copied", "%1 does not hold what was written", 71,
-            [=, this](const QString &path) {
-                setMode(path, 0x4444);
-                setLauncher(u"exit 0"_s);
-            });
-        row("closed folder", "Destination file is not writable", 69,
-            [=, this](const QString &path) {
-                setMode(QFileInfo(path).path(), 0x5555);
-                setLauncher(u"exec \"$helper\" \"$@\""_s);
-            });
-    }
     void checkedSavesTell()
     {
-        QFETCH(const std::function<void(const QString &)>, prepare);
-        QFETCH(const QString, message);
-        QFETCH(const QString, place);
         const QString path = m_folder.filePath(u"work/closed/a.ini"_s);
-        QVERIFY(QDir().mkpath(QFileInfo(path).path()));
-        write(path, kOld);
-        m_limit = 0;
-        prepare(path);
-        const QByteArray old = contentOf(path);
-        const auto mode = QFile::permissions(path);
-        Settings settings(path);
-        settings.value = QString(100, u'x');
-        limit(m_limit);
-        const vex::Error error = settings.saveChecked();
-        limit(0);
-        m_lock.reset();
-        const ErrorReport report = vex::test::reportOf(error);
-        QCOMPARE(report.message, message.contains("%1"_L1) ? message.arg(path) : message);
-        QCOMPARE(report.trace.last(), place);
-        QCOMPARE(contentOf(path), old);
-        QCOMPARE(QFile::permissions(path), mode);
-        QCOMPARE(QDir(QFileInfo(path).path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-            QStringList{u"a.ini"_s});
+        const QDir folder = QFileInfo(path).dir();
+        const char *const temporary = "Cannot write a temporary file";
+        // what a shell does to the file before, what the launcher does, message, line
+        for (const auto &[before, launcher, message, line] :
+            {std::tuple("rm %1; mkdir %1", "exit 1", "Cannot read %1: It is no regular file", 66),
+                {"ln -sf /dev/null %1", "exit 1", "Cannot read %1: It is no regular file", 66},
+                {"chmod 200 %1", "exit 1", "Cannot read %1: Permission denied", 66},
+                {"printf '\\177ELF\\n[\\n' >%1", "exit 1", "%1 is no settings file", 67},
+                {": locked", "exit 1", "%1 is locked by another program", 64},
+                {": no room for the temporary file", "exit 1", temporary, 63},
+                {": too large", "exit 1", temporary, 63},
+                {"chmod 444 %1", "exit 127", "Copying the file failed", 69},
+                {"chmod 444 %1", "exit 0", "%1 does not hold what was written", 71},
+                {"chmod 555 ${1%/*}", "exec \"$helper\" \"$@\"", "Destination file is not writable",
+                    69}}) {
+            const QString script = QString::fromLatin1(before);
+            init();
+            writeFile(path, kOld);
+            setLauncher(QString::fromLatin1(launcher));
+            const QString command = QString(script).replace("%1"_L1, "\"$1\""_L1);
+            QCOMPARE(QProcess::execute(u"/bin/sh"_s, {u"-c"_s, command, u"sh"_s, path}), 0);
+            QLockFile lock(path + ".lock"_L1);
+            QVERIFY(!script.contains("locked"_L1) || lock.lock());
+            if (script.contains("no room"_L1))
+                qputenv("TMPDIR", m_folder.filePath(u"none"_s).toLocal8Bit());
+            const QByteArray old = contentOf(path);
+            const auto mode = QFile::permissions(path);
+            Settings settings(path);
+            settings.value = QString(100, u'x');
+            limit(script.contains("too large"_L1) ? 20 : 0);
+            const ErrorReport report = vex::test::reportOf(settings.saveChecked());
+            limit(0);
+            lock.unlock();
+            QCOMPARE(report.message, QString::fromLatin1(message).replace("%1"_L1, path));
+            QCOMPARE(report.trace.last(), u"src/SettingsInterface:%1"_s.arg(line));
+            QCOMPARE(contentOf(path), old);
+            QCOMPARE(QFile::permissions(path), mode);
+            QCOMPARE(
+                folder.entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"a.ini"_s});
+            cleanup();
+        }
     }
 
     /// Values that nobody can see are not taken for none.
@@ -311,7 +257,7 @@ private Q_SLOTS:
         const QDir folder(m_folder.filePath(u"work/closed"_s));
         const QString path = folder.filePath(u"a.ini"_s);
         QVERIFY(folder.mkpath(u"."_s));
-        write(path, kOld);
+        writeFile(path, kOld);
         setLauncher(u"exit 0"_s);
         QVERIFY(QFile::setPermissions(folder.path(), {}));
         QCOMPARE(Settings(path).saveChecked().message(),
@@ -331,7 +277,7 @@ private:
         QVERIFY(QDir().mkpath(folder));
         const QString program = folder + "/pkexec"_L1;
         if (!command.isEmpty()) {
-            write(program,
+            writeFile(program,
                 u"#!/bin/sh\nprintf '%s\\n' \"$@\" >'%1'\nhelper='%2'\nshift 2\n[ \"$*\" != none ]\necho 'no \u03bc' >&2\n%3\n"_s
                     .arg(logPath(), m_folder.filePath(u"Vex-File-Copier"_s), command)
                     .toUtf8());
@@ -350,8 +296,6 @@ private:
         setrlimit(RLIMIT_FSIZE, &size);
     }
 
-    std::unique_ptr<QLockFile> m_lock;
-    rlim_t m_limit = 0;
 #endif
 
 public:
