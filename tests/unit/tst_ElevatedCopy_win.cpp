@@ -3,10 +3,10 @@
 #include <QScopeGuard>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QTest>
 #include <QThread>
 
 #include "ErrorTrace.h"
+#include "Files.h"
 #include "LoggedMessage.h"
 
 #include <vex/FileCopierUtils.h>
@@ -19,19 +19,13 @@
 
 using namespace Qt::StringLiterals;
 using vex::test::ErrorReport;
+using vex::test::writeFile;
 
 namespace {
 
 std::wstring native(const QString &path)
 {
     return (u"\\\\?\\"_s + QDir::toNativeSeparators(path)).toStdWString();
-}
-
-void writeFile(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(file.errorString()));
-    file.write(content);
 }
 
 /// Who may do what with a file, as text.
@@ -171,9 +165,8 @@ public:
     /// The command line that the stub got, if it ran.
     QString stubCommand() const
     {
-        QFile file(path(u"command.txt"_s));
-        const bool didRun = file.open(QIODevice::ReadOnly);
-        return didRun ? QString::fromUtf8(file.readAll()).remove(QChar::ByteOrderMark) : QString();
+        const QByteArray command = vex::test::contentOf(path(u"command.txt"_s));
+        return QString::fromUtf8(command).remove(QChar::ByteOrderMark);
     }
 
 private:
@@ -199,226 +192,176 @@ class TestElevatedCopy : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void copiesOrLeavesEverythingAsItWas_data();
-    void copiesOrLeavesEverythingAsItWas();
-    void rightsStay();
-    void settingsLeaveNoTemporaryFile();
-    void otherHelpers_data();
-    void otherHelpers();
-    void processTree_data();
-    void processTree();
-};
-
-void TestElevatedCopy::copiesOrLeavesEverythingAsItWas_data()
-{
-    QTest::addColumn<QString>("source"); // "<" stands for the folder of the row
-    QTest::addColumn<QString>("destination");
-    QTest::addColumn<QString>("replaced"); // empty: nothing
-    QTest::addColumn<int>("site"); // 0: no error
-
-    const QString source = u"</source.ini"_s;
-    const QString longName = QString(150, u'x');
-    const auto copied = [&](const char *name, const QString &destination, const QString &replaced) {
-        QTest::newRow(name) << source << destination << replaced << 0;
-    };
-    copied("new file", u"</new.ini"_s, u"new.ini"_s);
-    copied("existing file", u"</old.ini"_s, u"old.ini"_s);
-    copied("read-only file", u"</readonly.ini"_s, u"readonly.ini"_s);
-    copied("hidden file", u"</hidden.ini"_s, u"hidden.ini"_s);
-    copied("name in capitals", u"</OLD.INI"_s, u"old.ini"_s);
-    copied("dots on the way", u"</Target/../old.ini"_s, u"old.ini"_s);
-    copied("blanks", u"</with blanks -- here.ini"_s, u"with blanks -- here.ini"_s);
-    copied("letters of elsewhere", u"</ümläut Ωж.ini"_s, u"ümläut Ωж.ini"_s);
-    // Wine 8 does not tell where a folder lies whose own path is longer than 263 characters.
-    const QString longPath = u"%1/%1"_s.arg(longName);
-    copied("long path", u"</"_s + longPath, longPath);
-
-    const auto refused = [&](int site, const char *name, const QString &destination) {
-        QTest::newRow(name) << source << destination << QString() << site;
-    };
-    refused(58, "relative", u"new.ini"_s);
-    refused(58, "relative to a drive", u"C:new.ini"_s);
-    refused(58, "empty", QString());
-    refused(58, "second destination in a quote", u"</new.ini\" --destination=\"</old.ini"_s);
-    refused(58, "other option in a quote", u"</new.ini\" --force=\"</old.ini"_s);
-    refused(64, "folder", u"</Target"_s);
-    refused(64, "missing folder", u"</none/new.ini"_s);
-    refused(64, "file as a folder", u"</old.ini/new.ini"_s);
-    refused(64, "backslash at the end", u"</Target\\"_s);
-    refused(64, "slash at the end", u"</Target/"_s);
-    refused(64, "folder behind a link", u"</link/new.ini"_s);
-    refused(64, "file behind a link", u"</link/inner.ini"_s);
-    refused(64, "folder that another program may remove", u"</held/new.ini"_s);
-    refused(64, "stream", u"</old.ini:stream"_s);
-    refused(64, "stream with the content", u"</old.ini::$DATA"_s);
-    refused(64, "device", u"</NUL"_s);
-    refused(64, "program", u"</tool.exe"_s);
-    refused(64, "new program", u"</tool.CMD"_s);
-    refused(64, "program with a dot behind it", u"</tool.exe."_s);
-    refused(64, "open in another program", u"</busy.ini"_s);
-    refused(64, "itself", source);
-
-    const auto notRead = [](int site, const char *name, const QString &from) {
-        QTest::newRow(name) << from << u"</old.ini"_s << QString() << site;
-    };
-    notRead(61, "no source", u"</none.ini"_s);
-    notRead(61, "source is a folder", u"</Target"_s);
-    notRead(61, "source is a device", u"</NUL"_s);
-    notRead(61, "source is a stream", u"</source.ini::$DATA"_s);
-    notRead(61, "source is written to", u"</written.ini"_s);
-    notRead(58, "marker of the source in the source", u"</a%1.ini"_s);
-    notRead(61, "marker of the destination in the source", u"</a%2.ini"_s);
-    notRead(58, "relative source", u"source.ini"_s);
-    notRead(58, "second source in a quote", u"</source.ini\" --source=\"</a.ini"_s);
-}
-
-void TestElevatedCopy::copiesOrLeavesEverythingAsItWas()
-{
-    QFETCH(QString, source);
-    QFETCH(QString, destination);
-    QFETCH(QString, replaced);
-    QFETCH(int, site);
-    QTemporaryDir temporary;
-    const QString folder = temporary.path();
-    QVERIFY(QDir(folder).mkpath(u"Target"_s));
-    QVERIFY(QDir(folder).mkpath(QString(150, u'x')));
-    for (const QString &name :
-        {u"old.ini"_s, u"readonly.ini"_s, u"hidden.ini"_s, u"busy.ini"_s, u"tool.exe"_s,
-            u"written.ini"_s, u"a.ini"_s, u"a%1.ini"_s, u"a%2.ini"_s, u"Target/inner.ini"_s})
-        writeFile(folder + u'/' + name, "old");
-    const QByteArray content(150'000, 'n'); // several blocks
-    writeFile(folder + "/source.ini"_L1, content);
-    SetFileAttributesW(native(folder + "/readonly.ini"_L1).c_str(), FILE_ATTRIBUTE_READONLY);
-    SetFileAttributesW(native(folder + "/hidden.ini"_L1).c_str(), FILE_ATTRIBUTE_HIDDEN);
-    const HeldFile written(folder + "/written.ini"_L1, GENERIC_WRITE,
-        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
-    const HeldFile busy(folder + "/busy.ini"_L1, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
-    SetFileAttributesW(native(folder + "/busy.ini"_L1).c_str(), FILE_ATTRIBUTE_READONLY);
-    QVERIFY(QDir(folder).mkpath(u"held"_s));
-    const HeldFile held(
-        folder + "/held"_L1, DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
-    QVERIFY(written.isOpen() && busy.isOpen() && held.isOpen());
-    const QString link = folder + "/link"_L1;
-    if (destination.contains("link"_L1) && !makeLink(link, folder + "/Target"_L1))
-        QSKIP("No link can be made here");
-    const auto removal = qScopeGuard([&link] { removeLink(link); });
-    QMap<QString, QString> expected = everythingIn(folder);
-
-    const vex::Error error = vex::FileCopierUtils::runFileCopier(
-        source.replace(u'<', folder), destination.replace(u'<', folder));
-
-    static const QMap<int, QString> kMessages = {{58, u"Bad parameters provided"_s},
-        {61, u"Source file is not readable"_s}, {64, u"Destination file is not writable"_s}};
-    ErrorReport report;
-    if (site != 0)
-        report = {vex::ErrorCode::GeneralFailure, kMessages[site],
-            {u"src/FileCopierUtils:%1"_s.arg(site)}};
-    QCOMPARE(vex::test::reportOf(error), report);
-    if (!replaced.isEmpty()) {
-        const QString attributes = expected.value(replaced).section(u' ', 0, 0);
-        const QString fresh = everythingIn(folder).value(replaced).section(u' ', 0, 0);
-        expected[replaced] =
-            (attributes.isEmpty() ? fresh : attributes) + u' ' + QString::fromUtf8(content);
+    void copiesOrLeavesEverythingAsItWas_data()
+    {
+        QTest::addColumn<QString>("source"); // "<" stands for the folder of the row
+        QTest::addColumn<QString>("destination");
+        QTest::addColumn<QString>("replaced"); // empty: nothing
+        QTest::addColumn<int>("site"); // 0: no error
+        const auto row = [](int site, const QString &source, const QString &destination,
+                             const QString &replaced = {}) {
+            QTest::newRow(qPrintable(source.left(20) + " to "_L1 + destination.left(20)))
+                << source << destination << replaced << site;
+        };
+        const QString source = u"</source.ini"_s;
+        // Wine 8 does not tell where a folder lies whose own path is longer than 263 characters.
+        const QString longPath = u"%1/%1"_s.arg(QString(150, u'x'));
+        for (const QString &name : {u"new.ini"_s, u"old.ini"_s, u"readonly.ini"_s, u"hidden.ini"_s,
+                 u"with blanks -- here.ini"_s, u"ümläut Ωж.ini"_s, longPath})
+            row(0, source, "</"_L1 + name, name);
+        row(0, source, u"</OLD.INI"_s, u"old.ini"_s);
+        row(0, source, u"</Target/../old.ini"_s, u"old.ini"_s);
+        // relative, empty, other options in a quote
+        for (const QString &destination : {u"new.ini"_s, u"C:new.ini"_s, QString(),
+                 u"</new.ini\" --destination=\"</old.ini"_s, u"</new.ini\" --force=\"</old.ini"_s})
+            row(58, source, destination);
+        // folders, links, what another program may remove or has open, streams, programs, itself
+        for (const QString &destination :
+            {u"</Target"_s, u"</none/new.ini"_s, u"</old.ini/new.ini"_s, u"</Target\\"_s,
+                u"</Target/"_s, u"</link/new.ini"_s, u"</link/inner.ini"_s, u"</held/new.ini"_s,
+                u"</old.ini:stream"_s, u"</old.ini::$DATA"_s, u"</NUL"_s, u"</tool.exe"_s,
+                u"</tool.CMD"_s, u"</tool.exe."_s, u"</busy.ini"_s, source})
+            row(64, source, destination);
+        for (const QString &from : {u"</none.ini"_s, u"</Target"_s, u"</NUL"_s,
+                 u"</source.ini::$DATA"_s, u"</written.ini"_s, u"</a%2.ini"_s})
+            row(61, from, u"</old.ini"_s);
+        for (const QString &from :
+            {u"</a%1.ini"_s, u"source.ini"_s, u"</source.ini\" --source=\"</a.ini"_s})
+            row(58, from, u"</old.ini"_s);
     }
-    const auto now = everythingIn(folder);
-    QCOMPARE(now.keys(), expected.keys());
-    for (const QString &name : now.keys())
-        QVERIFY2(now[name] == expected[name], qPrintable(name + u": "_s + now[name].left(40)));
-}
+    void copiesOrLeavesEverythingAsItWas()
+    {
+        QFETCH(QString, source);
+        QFETCH(QString, destination);
+        QFETCH(QString, replaced);
+        QFETCH(int, site);
+        QTemporaryDir temporary;
+        const QString folder = temporary.path();
+        QVERIFY(QDir(folder).mkpath(u"Target"_s));
+        QVERIFY(QDir(folder).mkpath(QString(150, u'x')));
+        for (const QString &name :
+            {u"old.ini"_s, u"readonly.ini"_s, u"hidden.ini"_s, u"busy.ini"_s, u"tool.exe"_s,
+                u"written.ini"_s, u"a.ini"_s, u"a%1.ini"_s, u"a%2.ini"_s, u"Target/inner.ini"_s})
+            writeFile(folder + u'/' + name, "old");
+        const QByteArray content(150'000, 'n'); // several blocks
+        writeFile(folder + "/source.ini"_L1, content);
+        SetFileAttributesW(native(folder + "/readonly.ini"_L1).c_str(), FILE_ATTRIBUTE_READONLY);
+        SetFileAttributesW(native(folder + "/hidden.ini"_L1).c_str(), FILE_ATTRIBUTE_HIDDEN);
+        const HeldFile written(folder + "/written.ini"_L1, GENERIC_WRITE,
+            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
+        const HeldFile busy(
+            folder + "/busy.ini"_L1, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+        SetFileAttributesW(native(folder + "/busy.ini"_L1).c_str(), FILE_ATTRIBUTE_READONLY);
+        QVERIFY(QDir(folder).mkpath(u"held"_s));
+        const HeldFile held(
+            folder + "/held"_L1, DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
+        QVERIFY(written.isOpen() && busy.isOpen() && held.isOpen());
+        const QString link = folder + "/link"_L1;
+        if (destination.contains("link"_L1) && !makeLink(link, folder + "/Target"_L1))
+            QSKIP("No link can be made here");
+        const auto removal = qScopeGuard([&link] { removeLink(link); });
+        QMap<QString, QString> expected = everythingIn(folder);
 
-void TestElevatedCopy::rightsStay()
-{
-    const QTemporaryDir folder;
-    const QString source = folder.filePath(u"source.ini"_s);
-    const QString destination = folder.filePath(u"old.ini"_s);
-    writeFile(source, "new");
-    writeFile(destination, "old");
-    const QString usual = rightsOf(source);
-    setRights(destination, L"D:P(A;;FA;;;BA)(A;;FR;;;SY)");
-    const QString rights = rightsOf(destination);
-    QVERIFY(rights != usual);
-    QVERIFY(!vex::FileCopierUtils::runFileCopier(source, destination).hasError());
-    QCOMPARE(rightsOf(destination), rights);
-}
+        const vex::Error error = vex::FileCopierUtils::runFileCopier(
+            source.replace(u'<', folder), destination.replace(u'<', folder));
 
-void TestElevatedCopy::settingsLeaveNoTemporaryFile()
-{
-    const QTemporaryDir folder;
-    const QByteArray before = qgetenv("TMP");
-    QDir(folder.path()).mkpath(u"temporary"_s);
-    qputenv("TMP", QDir::toNativeSeparators(folder.filePath(u"temporary"_s)).toUtf8());
-    const QString path = folder.filePath(u"settings.ini"_s);
-    writeFile(path, "[General]\nother=1\n");
-    SetFileAttributesW(native(path).c_str(), FILE_ATTRIBUTE_READONLY);
-    const auto saved = vex::test::reportOf(Settings().elevatePrivilegesAndSave(path));
-    const auto refused = vex::test::reportOf(Settings().elevatePrivilegesAndSave(folder.path()));
-    qputenv("TMP", before);
-    QCOMPARE(saved, ErrorReport());
-    QCOMPARE(refused.message, u"Destination file is not writable"_s);
-    const QStringList all{u"settings.ini"_s, u"temporary"_s};
-    QCOMPARE(everythingIn(folder.path()).keys(), all);
-    QCOMPARE(QSettings(path, QSettings::IniFormat).allKeys(), QStringList{u"value"_s});
-}
+        static const QMap<int, QString> kMessages = {{58, u"Bad parameters provided"_s},
+            {61, u"Source file is not readable"_s}, {64, u"Destination file is not writable"_s}};
+        ErrorReport report;
+        if (site != 0)
+            report = {vex::ErrorCode::GeneralFailure, kMessages[site],
+                {u"src/FileCopierUtils:%1"_s.arg(site)}};
+        QCOMPARE(vex::test::reportOf(error), report);
+        if (!replaced.isEmpty()) {
+            const QString attributes = expected.value(replaced).section(u' ', 0, 0);
+            const QString fresh = everythingIn(folder).value(replaced).section(u' ', 0, 0);
+            expected[replaced] =
+                (attributes.isEmpty() ? fresh : attributes) + u' ' + QString::fromUtf8(content);
+        }
+        const auto now = everythingIn(folder);
+        QCOMPARE(now.keys(), expected.keys());
+        for (const QString &name : now.keys())
+            QVERIFY2(now[name] == expected[name], qPrintable(name + u": "_s + now[name].left(40)));
+    }
 
-void TestElevatedCopy::otherHelpers_data()
-{
-    QTest::addColumn<bool>("isThere");
-    QTest::addColumn<QString>("code");
-    QTest::addColumn<QString>("said");
-    const QString failed = u"Copying the file failed src/FileCopierUtils:68"_s;
-    QTest::newRow("none") << false << QString() << failed;
-    QTest::newRow("copied") << true << u"0"_s << u" "_s;
-    QTest::newRow("other failure") << true << u"4"_s << failed;
-    QTest::newRow("beyond the codes") << true << u"5"_s << failed;
-    QTest::newRow("ended by force") << true << u"-1073741819"_s << failed;
-}
+    void rightsStay()
+    {
+        const QTemporaryDir folder;
+        const QString source = folder.filePath(u"source.ini"_s);
+        const QString destination = folder.filePath(u"old.ini"_s);
+        writeFile(source, "new");
+        writeFile(destination, "old");
+        const QString usual = rightsOf(source);
+        setRights(destination, L"D:P(A;;FA;;;BA)(A;;FR;;;SY)");
+        const QString rights = rightsOf(destination);
+        QVERIFY(rights != usual);
+        QVERIFY(!vex::FileCopierUtils::runFileCopier(source, destination).hasError());
+        QCOMPARE(rightsOf(destination), rights);
+    }
 
-void TestElevatedCopy::otherHelpers()
-{
-    QFETCH(bool, isThere);
-    QFETCH(QString, code);
-    QFETCH(QString, said);
-    const PrivateCopy program;
-    if (isThere)
-        program.add(u"vex_test_stub.exe"_s, u"Vex-File-Copier.exe"_s);
-    QCOMPARE(program.run({u"copy"_s, u"C:/a b/ö.ini"_s, u"C:/c"_s}, code), said);
-    const QString command = program.stubCommand();
-    const QString options = u" --source=\"C:/a b/ö.ini\" --destination=\"C:/c\""_s;
-    QVERIFY2(isThere ? command.endsWith(options) : command.isEmpty(), qPrintable(command));
-}
+    void settingsLeaveNoTemporaryFile()
+    {
+        const QTemporaryDir folder;
+        const QByteArray before = qgetenv("TMP");
+        QDir(folder.path()).mkpath(u"temporary"_s);
+        qputenv("TMP", QDir::toNativeSeparators(folder.filePath(u"temporary"_s)).toUtf8());
+        const QString path = folder.filePath(u"settings.ini"_s);
+        writeFile(path, "[General]\nother=1\n");
+        SetFileAttributesW(native(path).c_str(), FILE_ATTRIBUTE_READONLY);
+        const auto saved = vex::test::reportOf(Settings().elevatePrivilegesAndSave(path));
+        const auto refused =
+            vex::test::reportOf(Settings().elevatePrivilegesAndSave(folder.path()));
+        qputenv("TMP", before);
+        QCOMPARE(saved, ErrorReport());
+        QCOMPARE(refused.message, u"Destination file is not writable"_s);
+        const QStringList all{u"settings.ini"_s, u"temporary"_s};
+        QCOMPARE(everythingIn(folder.path()).keys(), all);
+        QCOMPARE(QSettings(path, QSettings::IniFormat).allKeys(), QStringList{u"value"_s});
+    }
 
-void TestElevatedCopy::processTree_data()
-{
-    QTest::addColumn<QString>("place"); // of taskkill, beside the system's own
-    QTest::addColumn<QString>("code");
-    QTest::addColumn<bool>("isEnded");
-    QTest::newRow("ended") << u"taskkill.exe"_s << QString() << true;
-    QTest::newRow("refused") << u"taskkill.exe"_s << u"128"_s << false;
-    QTest::newRow("in the current folder") << u"current/taskkill.exe"_s << u"0"_s << false;
-}
+    void otherHelpers()
+    {
+        const QString failed = u"Copying the file failed src/FileCopierUtils:68"_s;
+        // none; copied; codes of failure; ended by force
+        for (const auto &[code, said] : {std::pair(QString(), failed), {u"0"_s, u" "_s},
+                 {u"4"_s, failed}, {u"5"_s, failed}, {u"-1073741819"_s, failed}}) {
+            const PrivateCopy program;
+            if (!code.isEmpty())
+                program.add(u"vex_test_stub.exe"_s, u"Vex-File-Copier.exe"_s);
+            QCOMPARE(program.run({u"copy"_s, u"C:/a b/ö.ini"_s, u"C:/c"_s}, code), said);
+            const QString command = program.stubCommand();
+            const QString options = u" --source=\"C:/a b/ö.ini\" --destination=\"C:/c\""_s;
+            QVERIFY2(code.isEmpty() ? command.isEmpty() : command.endsWith(options),
+                qPrintable(command));
+        }
+    }
 
-void TestElevatedCopy::processTree()
-{
-    QFETCH(QString, place);
-    QFETCH(QString, code);
-    QFETCH(bool, isEnded);
-    const PrivateCopy program;
-    program.add(u"vex_test_stub.exe"_s, place);
-    const QStringList lines = program.run({u"kill"_s}, code).split(u'\n');
-    QCOMPARE(lines.size(), 3);
-    const QString &id = lines[0];
-    QCOMPARE(
-        program.stubCommand(), place.contains(u'/') ? QString() : u"taskkill /T /F /pid "_s + id);
-    // the system's own under Wine knows no trees
-    if (!isEnded && place.contains(u'/') && lines[1].startsWith(u"0 "_s))
-        QSKIP("This system's taskkill ends trees");
-    const QString message = isEnded ? u"0 src/ProcessUtils:42 %1: SUCCESS"_s
-                                    : u"1 src/ProcessUtils:40 %1: Couldn't stop %2"_s;
-    const QString function = lines[1].section(u' ', 2).section(u": "_s, 0, 0);
-    QVERIFY2(function.contains("KillProcessTree"_L1), qPrintable(function));
-    QCOMPARE(lines[1], isEnded ? message.arg(function) : message.arg(function, id));
-    QCOMPARE(lines[2], isEnded ? u"all ended"_s : u"child grandchild"_s);
-}
+    void processTree()
+    {
+        // where taskkill is, beside the system's own, and its code
+        for (const auto &[place, code, isEnded] :
+            {std::tuple(u"taskkill.exe"_s, QString(), true), {u"taskkill.exe"_s, u"128"_s, false},
+                {u"current/taskkill.exe"_s, u"0"_s, false}}) {
+            const PrivateCopy program;
+            program.add(u"vex_test_stub.exe"_s, place);
+            const QStringList lines = program.run({u"kill"_s}, code).split(u'\n');
+            QCOMPARE(lines.size(), 3);
+            const QString &id = lines[0];
+            const bool isElsewhere = place.contains(u'/');
+            QCOMPARE(
+                program.stubCommand(), isElsewhere ? QString() : u"taskkill /T /F /pid "_s + id);
+            // the system's own under Wine knows no trees
+            if (isElsewhere && lines[1].startsWith(u"0 "_s))
+                QSKIP("This system's taskkill ends trees");
+            const QString message = isEnded ? u"0 src/ProcessUtils:42 %1: SUCCESS"_s
+                                            : u"1 src/ProcessUtils:40 %1: Couldn't stop %2"_s;
+            const QString function = lines[1].section(u' ', 2).section(u": "_s, 0, 0);
+            QVERIFY2(function.contains("KillProcessTree"_L1), qPrintable(function));
+            QCOMPARE(lines[1], isEnded ? message.arg(function) : message.arg(function, id));
+            QCOMPARE(lines[2], isEnded ? u"all ended"_s : u"child grandchild"_s);
+        }
+    }
+};
 
 namespace {
 
