@@ -51,23 +51,11 @@ Map everything()
     return map;
 }
 
-QByteArray nested(int levels)
+/// A map whose value is a list in a list in a list ..., or maps likewise.
+QByteArray nested(int levels, const char *level = "000000090000000001")
 {
-    QByteArray bytes = QByteArray::fromHex("00000001"
-                                           "00000002"
-                                           "0061");
-    for (int i = 0; i < levels; ++i)
-        bytes += QByteArray::fromHex("00000009"
-                                     "00"
-                                     "00000001");
-    return bytes
-        + QByteArray::fromHex("00000000"
-                              "00");
-}
-
-QByteArray hostile(const char *hex)
-{
-    return QByteArray::fromHex(hex);
+    return QByteArray::fromHex("00000001000000020061") + QByteArray::fromHex(level).repeated(levels)
+        + QByteArray::fromHex("0000000000");
 }
 
 } // namespace
@@ -94,49 +82,31 @@ private Q_SLOTS:
         QVERIFY(problemOfMap(bytesOf({})).isEmpty());
     }
 
-    void hostileBytes_data()
-    {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("problem");
-        const QString noMap = u"it is no map"_s;
-        QTest::newRow("empty") << QByteArray() << noMap;
-        QTest::newRow("text") << QByteArray("user=ann;password=x") << noMap;
-        QTest::newRow("4 billion entries") << hostile("ffffffff") << noMap;
-        QTest::newRow("key of 4 GB") << hostile("00000001fffffffe0061") << noMap;
-        QTest::newRow("odd key") << hostile("000000010000000161000000000100") << noMap;
-        QTest::newRow("list of 4 billion") << hostile("00000001000000020061"
-                                                      "0000000900"
-                                                      "ffffffff")
-                                           << noMap;
-        QTest::newRow("list of 2 billion texts") << hostile("00000001000000020061"
-                                                            "0000000b00"
-                                                            "7fffffff")
-                                                 << noMap;
-        QTest::newRow("date of no kind") << hostile("00000001000000020061"
-                                                    "0000001000"
-                                                    "0000000000000000"
-                                                    "00000000"
-                                                    "09")
-                                         << noMap;
-        QTest::newRow("type of an application") << hostile(
-            "00000001000000020061"
-            "0001000000"
-            "00000002"
-            "4100") << u"it has a value of type 65536, which is none of settings"_s;
-        QTest::newRow("type of nobody") << hostile(
-            "00000001000000020061"
-            "7fffffff00") << u"it has a value of type 2147483647, which is none of settings"_s;
-        QTest::newRow("easing curve") << bytesOf({{u"k"_s, QVariant(QEasingCurve())}})
-                                      << u"it has a value of type 29, which is none of settings"_s;
-        QTest::newRow("100 levels") << nested(100) << QString();
-        QTest::newRow("101 levels") << nested(101) << u"its values are nested deeper than 100"_s;
-        QTest::newRow("a million levels")
-            << nested(1'000'000) << u"its values are nested deeper than 100"_s;
-    }
     void hostileBytes()
     {
-        QFETCH(QByteArray, bytes);
-        QTEST(problemOfMap(bytes), "problem");
+        const QString noMap = u"it is no map"_s;
+        const QString isOfType = u"it has a value of type %1, which is none of settings"_s;
+        const QString tooDeep = u"its values are nested deeper than 100"_s;
+        const auto hex = [](const char *text) { return QByteArray::fromHex(text); };
+        // a count of entries, the key "a", and a type, whether it is null, and what of the value
+        for (const auto &[name, bytes, problem] :
+            {std::tuple("empty", QByteArray(), noMap), {"text", "user=ann;password=x", noMap},
+                {"4 billion entries", hex("ffffffff"), noMap},
+                {"key of 4 GB", hex("00000001 fffffffe 0061"), noMap},
+                {"odd key", hex("00000001 00000001 61 00000000 01 00"), noMap},
+                {"list of 4 billion", hex("00000001 00000002 0061 00000009 00 ffffffff"), noMap},
+                {"2 billion texts", hex("00000001 00000002 0061 0000000b 00 7fffffff"), noMap},
+                {"date of no kind",
+                    hex("00000001 00000002 0061 00000010 00 0000000000000000 00000000 09"), noMap},
+                {"type of an application", hex("00000001 00000002 0061 00010000 00 00000002 4100"),
+                    isOfType.arg(65536)},
+                {"type of nobody", hex("00000001 00000002 0061 7fffffff 00"),
+                    isOfType.arg(2147483647)},
+                {"easing curve", bytesOf({{u"k"_s, QVariant(QEasingCurve())}}), isOfType.arg(29)},
+                {"100 levels", nested(100), QString()}, {"101 levels", nested(101), tooDeep},
+                {"a million levels", nested(1'000'000), tooDeep},
+                {"maps", nested(101, "00000008000000000100000000"), tooDeep}})
+            QVERIFY2(problemOfMap(bytes) == problem, name);
     }
 
     /// Whatever passes is read by QDataStream to the last byte; a fault in a byte here or there
