@@ -1,18 +1,16 @@
 #include "ErrorTrace.h"
+#include "Files.h"
 #include "LoggedMessage.h"
 #include "PlainFileNames.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QDirIterator>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QOperatingSystemVersion>
 #include <QRandomGenerator>
 #include <QStringDecoder>
 #include <QTemporaryDir>
-#include <QTest>
 #include <QTranslator>
 
 #include <array>
@@ -82,10 +80,7 @@ private:
     /// On Windows, hides a file whose name begins with a point.
     void write(const QString &name, const QByteArray &content)
     {
-        QVERIFY(QDir().mkpath(QFileInfo(at(name)).path()));
-        QFile file(at(name));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(content), content.size());
+        vex::test::writeFile(at(name), content);
 #if defined(Q_OS_WIN)
         QVERIFY(!name.contains("/."_L1)
             || SetFileAttributesW(at(name).toStdWString().c_str(), FILE_ATTRIBUTE_HIDDEN));
@@ -97,10 +92,9 @@ private:
         QStringList files;
         QDirIterator all(at(u"."_s), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
         while (all.hasNext()) {
-            QFile file(all.next());
-            const bool isOpen = file.open(QIODevice::ReadOnly);
-            files += QDir(m_folder->path()).relativeFilePath(file.fileName()) + u'='
-                + QString::fromUtf8(isOpen ? file.readAll() : "not readable");
+            const QString path = all.next();
+            files += QDir(m_folder->path()).relativeFilePath(path) + u'='
+                + QString::fromUtf8(vex::test::contentOf(path));
         }
         files.sort();
         return files.join(u' ');
@@ -226,11 +220,9 @@ private Q_SLOTS:
         QVERIFY(QDir().mkpath(at(u"d/empty"_s)));
 #if defined(Q_OS_UNIX)
         const QByteArray d = QFile::encodeName(at(u"d"_s));
-        const std::pair<const char *, const char *> links[] = {{"a.txt", "/to_file"},
-            {"s", "/to_folder"}, {"..", "/s/to_above"}, {"nowhere", "/broken"},
-            { "/dev/null",
-                "/to_device" }};
-        for (const auto &[target, name] : links)
+        for (const auto &[target, name] :
+            {std::pair("a.txt", "/to_file"), {"s", "/to_folder"}, {"..", "/s/to_above"},
+                {"nowhere", "/broken"}, std::pair("/dev/null", "/to_device")})
             QCOMPARE(symlink(target, (d + name).constData()), 0);
         QCOMPARE(mkfifo((d + "/fifo").constData(), 0600), 0);
         QCOMPARE(mkdir((d + "/not utf-8 \xff").constData(), 0700), 0);
