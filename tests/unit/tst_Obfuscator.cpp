@@ -15,37 +15,29 @@ class tst_Obfuscator : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void lists_data()
+    void lists()
     {
         constexpr int kLeast = std::numeric_limits<int>::min();
         constexpr int kMost = std::numeric_limits<int>::max();
-        QTest::addColumn<QList<int>>("list");
-        QTest::addColumn<QByteArray>("plain"); // null: the list stands for nothing
-        QTest::addColumn<bool>("isFromEncoder"); // the list is what the encoder gives
-        QTest::newRow("nothing") << QList<int>() << QByteArray("") << true;
-        QTest::newRow("letters") << QList<int>{66, 67} << QByteArray("AA") << true;
-        QTest::newRow("zeros") << QList<int>{1, 2, 3} << QByteArray(3, '\0') << true;
-        QTest::newRow("bytes above 127")
-            << QList<int>{129, 257, 258} << QByteArray("\x80\xff\xff") << true;
-        QTest::newRow("too large by one") << QList<int>{257, 258} << QByteArray(2, '\0') << false;
-        QTest::newRow("modulo 256") << QList<int>{300} << QByteArray("\x2b") << false;
-        QTest::newRow("largest") << QList<int>{kMost, kMost} << QByteArray("\xfe\xfd") << false;
-        QTest::newRow("zero") << QList<int>{0} << QByteArray() << false;
-        QTest::newRow("smallest") << QList<int>{kLeast, kLeast} << QByteArray() << false;
-        QTest::newRow("too small behind others") << QList<int>{66, 67, 2} << QByteArray() << false;
-        QTest::newRow("negative modulo 256") << QList<int>{66, 67 - 256} << QByteArray() << false;
         QByteArray allBytes(70000, '\0'); // longer than any type of two bytes counts
         std::iota(allBytes.begin(), allBytes.end(), '\0');
         QList<int> longList(allBytes.size());
         for (int i = 0; i < longList.size(); ++i)
             longList[i] = i % 256 + i + 1;
-        QTest::newRow("long") << longList << allBytes << true;
+        // null bytes: the list stands for nothing; true: it is what the encoder gives
+        for (const auto &[list, plain, isFromEncoder] :
+            {std::tuple<QList<int>, QByteArray, bool>({}, "", true), {{66, 67}, "AA", true},
+                {{1, 2, 3}, QByteArray(3, '\0'), true}, {{129, 257, 258}, "\x80\xff\xff", true},
+                {{257, 258}, QByteArray(2, '\0'), false}, {{300}, "\x2b", false},
+                {{kMost, kMost}, "\xfe\xfd", false}, {{0}, {}, false},
+                {{kLeast, kLeast}, {}, false}, {{66, 67, 2}, {}, false},
+                {{66, 67 - 256}, {}, false}, {longList, allBytes, true}})
+            check(list, plain, isFromEncoder);
     }
-    void lists()
+
+private:
+    static void check(const QList<int> &list, const QByteArray &plain, bool isFromEncoder)
     {
-        QFETCH(const QList<int>, list);
-        QFETCH(const QByteArray, plain);
-        QFETCH(const bool, isFromEncoder);
         const auto decoded = Obfuscator::deObfuscate(list);
         QCOMPARE(decoded.hasValue(), !plain.isNull());
         if (plain.isNull()) {
