@@ -1,14 +1,12 @@
+#include "Files.h"
 #include "LoggedMessage.h"
 #include "Processes.h"
 
 #include <vex/ProcessUtils.h>
 
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QTest>
 #include <QUuid>
 
 #include <thread>
@@ -17,14 +15,9 @@
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
+using vex::test::contentOf;
 
 namespace {
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 /// The processes that run with @p mark in their environment, which they all inherit.
 QStringList marked(const QByteArray &mark)
@@ -67,23 +60,22 @@ private Q_SLOTS:
         const auto shell = [](const char *script) {
             return QStringList{u"sh"_s, u"-c"_s, QString::fromLatin1(script)};
         };
-        QTest::newRow("alone") << QStringList{u"sleep"_s, u"30"_s} << 1;
-        QTest::newRow("below") << shell("sleep 30 & sh -c 'sleep 30 & sleep 30 & wait' & wait")
-                               << 5;
-        QTest::newRow("deaf") << shell("trap '' HUP INT QUIT TERM TSTP; (sleep 30; :) & wait") << 3;
-        QTest::newRow("own sessions")
-            << shell("setsid sleep 30 & setsid sh -c 'setsid sleep 30 & wait' & wait") << 4;
-        QTest::newRow("stopped") << shell("sleep 30 & sleep 30 & kill -STOP $$; :") << 3;
-        QTest::newRow("zombies") << shell("true & true & sleep 30 & exec sleep 30") << 2;
         // each makes the next one and a sleeping one, for longer than ending them all may take
-        const char *chain =
-            "[ $1 -eq 0 ] || { sleep 30 & sleep 0.05; sh -c \"$0\" \"$0\" $(($1 - 1)); }; wait";
-        QTest::newRow("forks on") << QStringList{u"sh"_s, u"-c"_s, QString::fromLatin1(chain),
-            QString::fromLatin1(chain), u"150"_s}
-                                  << 20;
-        QTest::newRow("odd name") << QStringList{m_folder.filePath(u"x) Z 1 (\ny"_s), u"30"_s} << 1;
-        QTest::newRow("first thread ended") << QStringList{QCoreApplication::applicationFilePath(),
-            u"--without-first-thread"_s} << 3;
+        const QString chain =
+            u"[ $1 -eq 0 ] || { sleep 30 & sleep 0.05; sh -c \"$0\" \"$0\" $(($1 - 1)); }; wait"_s;
+        for (const auto &[name, command, count] :
+            {std::tuple("alone", QStringList{u"sleep"_s, u"30"_s}, 1),
+                {"below", shell("sleep 30 & sh -c 'sleep 30 & sleep 30 & wait' & wait"), 5},
+                {"deaf", shell("trap '' HUP INT QUIT TERM TSTP; (sleep 30; :) & wait"), 3},
+                {"own sessions",
+                    shell("setsid sleep 30 & setsid sh -c 'setsid sleep 30 & wait' & wait"), 4},
+                {"stopped", shell("sleep 30 & sleep 30 & kill -STOP $$; :"), 3},
+                {"zombies", shell("true & true & sleep 30 & exec sleep 30"), 2},
+                {"forks on", {u"sh"_s, u"-c"_s, chain, chain, u"150"_s}, 20},
+                {"odd name", {m_folder.filePath(u"x) Z 1 (\ny"_s), u"30"_s}, 1},
+                {"first thread ended",
+                    {QCoreApplication::applicationFilePath(), u"--without-first-thread"_s}, 3}})
+            QTest::newRow(name) << command << count;
     }
     void treesEnd()
     {
