@@ -8,6 +8,10 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON) # also has the linker's cache brought up to date
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
+# Names and lines for crash reports, in packages of their own: vex-dbgsym and libvex6-dbgsym. Making them strips the rest.
+set(CPACK_STRIP_FILES OFF)
+set(CPACK_DEBIAN_VEX_PROGRAM_DEBUGINFO_PACKAGE ON)
+set(CPACK_DEBIAN_VEX_RUNTIME_DEBUGINFO_PACKAGE ON)
 
 # vex_describe_package(COMPONENT NAME SECTION DESCRIPTION): and what every package of Debian documents
 function(vex_describe_package component name section description)

@@ -9,9 +9,11 @@ else()
         -ffp-contract=off # a product and a sum stay two roundings on every machine
         -ffile-prefix-map=${PROJECT_SOURCE_DIR}/= # no path of the build machine in what is built
         -ffile-prefix-map=${vex_sources}=)
-    if(MINGW) # the newest form of debug data that DbgHelp under Wine reads: names and lines in a crash report
+    if(MINGW) # the newest form of debug data that DbgHelp under Wine reads
         target_compile_options(vex_warnings INTERFACE -gdwarf-4)
     endif()
+    # names and lines for crash reports, a quarter of the size of all debug data; packages carry them apart
+    target_compile_options(vex_warnings INTERFACE $<$<CONFIG:Release>:-g1>)
 endif()
 target_compile_definitions(vex_warnings INTERFACE
     QT_MESSAGELOGCONTEXT # file, line and function of a message in every build type
