@@ -3,6 +3,8 @@
 #include "Failure.h"
 #include "output/Progress.h"
 
+#include <vex/CrashHandler.h>
+
 #include <chrono>
 #include <future>
 #include <new>
@@ -26,7 +28,10 @@ BackgroundResult runInBackground(const std::function<vex::Error()> &work, bool e
     try {
         std::packaged_task<vex::Error()> task(work);
         auto result = task.get_future();
-        std::thread thread(std::move(task));
+        std::thread thread([task = std::move(task)]() mutable {
+            CrashHandler::prepareThread();
+            task();
+        });
         while (result.wait_for(kInterruptEvery) != std::future_status::ready) {
             if (isInterrupted() && !endsItself
                 && result.wait_for(kGrace) != std::future_status::ready) {

@@ -1,4 +1,5 @@
 #include "commands/Command.h"
+#include "CrashReport.h"
 #include "output/Progress.h"
 #include "platform/Terminal.h"
 
@@ -7,5 +8,7 @@ int main(int argc, char *argv[])
     vexcli::prepareProcess();
     vexcli::prepareStreams();
     vexcli::catchInterrupts();
-    return vexcli::runProgram(vexcli::commandArguments(argc, argv));
+    const auto arguments = vexcli::commandArguments(argc, argv);
+    vexcli::catchCrashes(arguments.valueOr({}));
+    return vexcli::runProgram(arguments);
 }

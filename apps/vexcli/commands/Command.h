@@ -25,6 +25,7 @@ class Results
 public:
     /// Draws a picture in the format that the path ends with.
     using Drawing = std::function<vex::Result<QByteArray>(const QString &path)>;
+    using Ending = void (*)();
 
     /// @param standard  what is printed; @param file  that of -o, null when there is none
     Results(std::shared_ptr<Output> standard, std::shared_ptr<Output> file)
@@ -49,11 +50,16 @@ public:
     void setVerdict(vex::Error verdict) { m_verdict = std::move(verdict); }
     const vex::Error &verdict() const { return m_verdict; }
 
+    /// What the main thread does when all has been written.
+    void setEnding(Ending last) { m_ending = last; }
+    Ending ending() const { return m_ending; }
+
 private:
     std::shared_ptr<Output> m_standard;
     std::shared_ptr<Output> m_file;
     std::vector<std::pair<QString, Drawing>> m_plots;
     vex::Error m_verdict = vex::ErrorCode::NoError;
+    Ending m_ending = nullptr;
 };
 
 /// A command of the program: what it takes and what it does. Files are opened, checked against each
@@ -75,8 +81,9 @@ struct Command
 extern const Command kApexCommand;
 extern const Command kCheckPathCommand;
 extern const Command kCompareCommand;
-extern const Command kDeobfuscateCommand;
+extern const Command kCrashCommand;
 extern const Command kCredentialCommand;
+extern const Command kDeobfuscateCommand;
 extern const Command kDistributionCommand;
 extern const Command kFileTypeCommand;
 extern const Command kFormulaCommand;

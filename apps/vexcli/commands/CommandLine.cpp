@@ -55,7 +55,7 @@ void CommandLine::describe(
     if (!examples.isEmpty())
         text += "\n\nExamples:\n  "_L1 + examples.join("\n  "_L1);
     for (const QString &paragraph : rules.split(u'\n', Qt::SkipEmptyParts))
-        text += "\n\n"_L1 + wrapped(paragraph);
+        text += paragraph.startsWith(u' ') ? u'\n' + paragraph : "\n\n"_L1 + wrapped(paragraph);
     m_parser.setApplicationDescription(text);
 }
 
@@ -130,6 +130,7 @@ void CommandLine::addCommonOptions()
     add({vex::klog_severity},
         u"Lowest severity of messages shown: debug, info, warning (default) or critical."_s,
         u"SEVERITY"_s);
+    addFlag(vex::kdisable_crash_handler, u"Leaves crashes to the system, without a report."_s);
 }
 
 vex::Error CommandLine::parse(const QStringList &arguments)
@@ -185,6 +186,12 @@ QString CommandLine::helpText() const
     const QString program = QCoreApplication::arguments().value(0);
     help.replace(u"Usage: %1"_s.arg(program), u"Usage: vex %1"_s.arg(m_command));
     return help;
+}
+
+QStringList CommandLine::parameters() const
+{
+    return vex::AppParamsPrinter::printableAppParams(
+        m_parser, {vex::klicense_key, vex::kquorlsphere_license_key});
 }
 
 void CommandLine::logParameters() const

@@ -24,6 +24,7 @@ public:
 
     /// The help text: what the command does, in one sentence or two; how it is used; the rules.
     /// @param examples  whole command lines
+    /// @param rules     paragraphs, one a line; a line that begins with a blank stays one, as it is
     void describe(const QString &summary, const QStringList &examples, const QString &rules = {});
     /// Positional arguments.
     /// @param syntax  as the line of usage shows them, such as "[M...]"
@@ -60,8 +61,9 @@ public:
     bool isHelpWanted() const { return m_parser.isSet(QStringLiteral("help")); }
     /// Needs the application object.
     QString helpText() const;
-    /// Writes all parameters to the log, but for those that no log may have. Needs the application
-    /// object.
+    /// All parameters, but for those that nobody else may read. Needs the application object.
+    QStringList parameters() const;
+    /// Writes them to the log.
     void logParameters() const;
 
     bool isSet(const QString &name) const { return m_parser.isSet(name); }

@@ -1,6 +1,7 @@
 #include "commands/Command.h"
 
 #include "Background.h"
+#include "CrashReport.h"
 #include "Failure.h"
 #include "commands/CommandLine.h"
 #include "output/Messages.h"
@@ -26,7 +27,7 @@ namespace {
 
 constexpr std::array kCommands
 {
-    &kApexCommand, &kCheckPathCommand, &kCompareCommand,
+    &kApexCommand, &kCheckPathCommand, &kCompareCommand, &kCrashCommand,
 #if VEX_HAS_KEYCHAIN
         &kCredentialCommand,
 #endif
@@ -117,6 +118,7 @@ vex::Error open(Run *run)
         error.hasError())
         return passedOn(std::move(error));
     line.logParameters();
+    setReportedParameters(line.parameters());
     if (const QString path = line.plotFile(); !path.isEmpty()) {
         if (auto error = checkPlotPath(path); error.hasError())
             return passedOn(std::move(error));
@@ -219,7 +221,11 @@ vex::Error runCommand(const Command &command, const QStringList &arguments)
         }
         return verdict;
     };
-    return passedOn(inBackground(run.get(), commit, command.isIrreversible));
+    if (auto error = inBackground(run.get(), commit, command.isIrreversible); error.hasError())
+        return passedOn(std::move(error));
+    if (run->results->ending() != nullptr)
+        run->results->ending()();
+    return vex::ErrorCode::NoError;
 }
 
 QString helpText()

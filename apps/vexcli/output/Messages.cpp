@@ -74,7 +74,8 @@ void handleMessage(QtMsgType type, const QMessageLogContext &, const QString &te
     const QString flat = text.startsWith(kHeading)
         ? kHeading.chopped(1) + u' ' + text.sliced(kHeading.size())
         : text;
-    const QString line = "%1: %2"_L1.arg(kSeverities[rank].name, flat);
+    const QString line = "%1: %2"_L1.arg(kSeverities[rank].name,
+        flat.startsWith(u'\t') ? "  "_L1 + flat.sliced(1) : flat); // a line of a backtrace
     say(line, line);
 }
 

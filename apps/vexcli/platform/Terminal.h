@@ -55,6 +55,9 @@ private:
     State m_state = NoTerminal;
 };
 
+/// Leaves the terminal as it was, also while HiddenInput reads from it. May be called at a crash.
+void restoreTerminal();
+
 /// Has @p note called when the user or the system asks the program to end; it may run at any point,
 /// also in a thread of its own, and must do no more than set a flag. Asked again, the program ends
 /// at once.

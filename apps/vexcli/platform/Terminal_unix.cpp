@@ -120,6 +120,11 @@ vex::Result<QByteArray> HiddenInput::readLine()
     return line.chopped(1);
 }
 
+void restoreTerminal()
+{
+    showInput();
+}
+
 void onInterrupt(void (*note)(int))
 {
     noteInterrupt = note;

@@ -137,6 +137,11 @@ vex::Result<QByteArray> HiddenInput::readLine()
     return QString::fromStdWString(line).toUtf8();
 }
 
+void restoreTerminal()
+{
+    restoreConsole();
+}
+
 void onInterrupt(void (*note)(int))
 {
     noteInterrupt = note;
