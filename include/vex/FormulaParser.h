@@ -20,7 +20,7 @@ namespace vex {
 /// read as C's strtod reads it (sign, exponent and hexadecimal form allowed, the longest valid
 /// beginning counts). Repeated symbols add up: "CH3CH3" holds C 2 and H 6. There are no groups.
 /// Symbols are not compared with a table of elements. checkFormula() tells what such a reading
-/// leaves out.
+/// leaves out. ChemicalFormula is the strict reader.
 ///
 /// @par Exceptions
 /// A count that cannot be read leaves the first three functions as std::invalid_argument ("invalid
