@@ -42,7 +42,7 @@ using std::chrono::milliseconds;
 const QString kService = u"VexCredentials"_s;
 
 /// The thread whose events QtKeychain handles its jobs in: the one that called first. 0: none yet.
-std::atomic<quint64> s_owner = 0;
+std::atomic<quint64> ownerThread = 0;
 
 /// A number of this thread, which no other one gets when it has ended.
 quint64 ownNumber()
@@ -63,7 +63,7 @@ KeychainAnswer ask(KeychainRequest request)
         return answer;
     }
     quint64 nobody = 0;
-    s_owner.compare_exchange_strong(nobody, ownNumber());
+    ownerThread.compare_exchange_strong(nobody, ownNumber());
     request.service = kService;
     run(request, &answer);
     return answer;
@@ -108,7 +108,7 @@ Error refusal(const QString &key)
     if (!QAbstractEventDispatcher::instance())
         return refuse(
             ErrorCode::GeneralFailure, QObject::tr("this thread has no event dispatcher"));
-    if (const quint64 owner = s_owner; owner != 0 && owner != ownNumber())
+    if (const quint64 owner = ownerThread; owner != 0 && owner != ownNumber())
         return refuse(ErrorCode::GeneralFailure,
             QObject::tr("another thread has used the credential store first"));
     return ErrorCode::NoError;

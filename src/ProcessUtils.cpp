@@ -23,7 +23,7 @@ constexpr auto stopping = kSource.line(43); // chosen here
 } // namespace at
 
 // Named as its messages tell it.
-void KillProcessTree(qint64 pid)
+void KillProcessTree(qint64 pid) // NOLINT(readability-identifier-naming)
 {
     detail::logAt(at::stopping, Q_FUNC_INFO).debug() << "Terminate" << pid;
     // 0 stands for a process that does not run; for the system it would be all of our own group

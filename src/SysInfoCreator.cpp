@@ -76,7 +76,7 @@ QString sizeText(std::optional<qint64> bytes)
 {
     if (!bytes)
         return u"unknown"_s;
-    const QString exact = QString::number(*bytes) + " bytes"_L1;
+    QString exact = QString::number(*bytes) + " bytes"_L1;
     constexpr double kStep = 1024.0;
     constexpr double kNext = 1023.95; // reads 1024.0 with one decimal
     static const QStringList units{u"KiB"_s, u"MiB"_s, u"GiB"_s, u"TiB"_s, u"PiB"_s, u"EiB"_s};

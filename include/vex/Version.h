@@ -25,6 +25,7 @@
     VEX_VERSION_QUOTE_THREE(VEX_VERSION_MAJOR, VEX_VERSION_MINOR, VEX_VERSION_PATCH)
 
 /// \cond
+// NOLINTNEXTLINE(bugprone-macro-parentheses): they would stand in the text
 #define VEX_VERSION_QUOTE_THREE(major, minor, patch) VEX_VERSION_QUOTE(major.minor.patch)
 #define VEX_VERSION_QUOTE(text) #text
 /// \endcond

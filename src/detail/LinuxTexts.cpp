@@ -42,7 +42,7 @@ std::optional<qint64> bytesIn(const QByteArray &meminfo, const QByteArray &key)
     const QByteArray value = valueIn(meminfo, key); // "16357788 kB", whatever the size
     bool isNumber = false;
     const qint64 kibibytes =
-        value.first(value.size() - 3 * value.endsWith(" kB")).toLongLong(&isNumber);
+        value.first(value.size() - (value.endsWith(" kB") ? 3 : 0)).toLongLong(&isNumber);
     if (!isNumber || !value.endsWith(" kB") || kibibytes <= 0)
         return {};
     return 1024 * kibibytes;

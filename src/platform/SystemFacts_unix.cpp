@@ -44,7 +44,7 @@ Room driveRoom(const QString &drive)
     if (statvfs(QFile::encodeName(drive).constData(), &status) != 0 || status.f_blocks == 0)
         return {};
     const auto bytes = [&status](fsblkcnt_t blocks) {
-        return static_cast<qint64>(blocks * status.f_frsize);
+        return static_cast<qint64>(blocks) * static_cast<qint64>(status.f_frsize);
     };
     return {bytes(status.f_blocks), bytes(status.f_bavail)};
 }
