@@ -3,6 +3,8 @@
 // headers would take them. The inputs are whole numbers and single products, which no flag changes.
 #include <QCryptographicHash>
 
+#include <vex/ChemicalFormula.h>
+#include <vex/MolecularPattern.h>
 #include <vex/ApexFinder.h>
 #include <vex/AveragineIsotopeDistribution.h>
 #include <vex/AveragineIsotopeModel.h>
@@ -66,6 +68,23 @@ Answers ofModel(const vex::MolecularFormula &composition)
     return answers;
 }
 
+Answers ofMolecules()
+{
+    Answers answers;
+    for (const char16_t *text :
+        {u"C8H10N4O2", u"CaCl2", u"C378H629N105O118S", u"C6464H9960N1720O2008S46",
+            u"C44468H69860N12226O13302S375", u"Sn300Xe100", u"S14", u"K3[Fe(CN)6]", u"C10000000"}) {
+        const auto formula = vex::ChemicalFormula::read(text).value();
+        for (const double share : {0.5, 0.9999, 1.0}) {
+            const auto pattern = vex::MolecularPattern::holding(formula, share).value();
+            answers.append(double(pattern.firstShift()));
+            for (const auto &[held, massDa] : pattern.peaks())
+                answers.append(Answers{held, massDa});
+        }
+    }
+    return answers;
+}
+
 Answers ofSignals()
 {
     Answers answers;
@@ -104,6 +123,7 @@ int main()
         areSame("model", ofModel<vex::AveragineIsotopeModel>(averagine), "399a6ac806f0b034"),
         areSame("list model", ofModel<vex::AveragineIsotopeModelRefactored>(averagine),
             "bddf158da3b1ace9"),
+        areSame("molecules", ofMolecules(), "9820dd578da0f693"),
         areSame("signals", ofSignals(), "16354be19463fda9")};
     return std::find(std::begin(results), std::end(results), false) == std::end(results) ? 0 : 1;
 }
