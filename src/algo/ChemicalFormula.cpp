@@ -1,6 +1,7 @@
 #include <vex/ChemicalFormula.h>
 
 #include "detail/ShownText.h"
+#include "algo/detail/Electron.h"
 #include "detail/Trace.h"
 
 #include <algorithm>
@@ -28,7 +29,6 @@ using Atoms = ChemicalFormula::Atoms;
 
 constexpr qint64 kLargestCount = 10'000'000;
 constexpr std::size_t kDeepest = 100;
-constexpr double kElectronMass = 0.000548579909065; // daltons, CODATA 2018
 constexpr QLatin1StringView kUnweighed = "Tc Pm Po At Rn Fr Ra Ac Np Pu Am Cm Bk Cf Es Fm Md No Lr "
                                          "Rf Db Sg Bh Hs Mt Ds Rg Cn Nh Fl Mc Lv Ts Og"_L1;
 
@@ -435,7 +435,7 @@ double massOf(const ChemicalFormula &formula, MassOf massOfMixture)
             PublishedIsotopes::find(*atoms.element, atoms.massNumber);
         sum += atoms.count * (isotope ? isotope->massDa : massOfMixture(*atoms.element));
     }
-    return sum - formula.charge() * kElectronMass;
+    return sum - formula.charge() * detail::kElectronMass;
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <vex/MolecularPattern.h>
 
 #include "algo/detail/CountedPattern.h"
+#include "algo/detail/Electron.h"
 #include "detail/Trace.h"
 
 #include <algorithm>
@@ -29,8 +30,6 @@ using detail::CountedPattern;
 using detail::IsotopeLadder;
 using detail::Run;
 using detail::Values;
-
-constexpr double kElectronMass = 0.000548579909065; // daltons, CODATA 2018, as in ChemicalFormula
 
 // What is left off at both ends of a pattern, as a fraction of its highest value: at first, which
 // is enough for the peaks that are high, and when there are others in the answer.
@@ -195,7 +194,7 @@ Atoms atomsOf(const ChemicalFormula &formula)
         if (!single && isotopes.isotopeCount > 1)
             result.mixtures.append({&isotopes, atoms.count});
     }
-    result.lightestMass -= formula.charge() * kElectronMass;
+    result.lightestMass -= formula.charge() * detail::kElectronMass;
     std::sort(
         result.mixtures.begin(), result.mixtures.end(), [](const Mixture &a, const Mixture &b) {
             return std::tuple(a.variance(), a.isotopes) < std::tuple(b.variance(), b.isotopes);
