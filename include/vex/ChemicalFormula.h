@@ -10,6 +10,8 @@
 
 namespace vex {
 
+class DeltaComposition;
+
 /// The atoms and the charge of a chemical formula, read strictly: a text that is not wholly
 /// understood is an error. FormulaParser is the tolerant reader, which drops what it does not know.
 ///
@@ -74,6 +76,19 @@ public:
     /// Like averageMass(), with the most abundant isotope of each element (not always the lightest)
     /// in place of the natural mixture.
     double monoisotopicMass() const;
+
+    /// Sum of the mass numbers of those isotopes; of a single isotope its own.
+    qint64 nominalMass() const;
+
+    /// The formula that a change makes of this one: a modified molecule, an ion with its adducts,
+    /// or, since a formula is a DeltaComposition, two molecules as one.
+    ///
+    /// @param delta  what is gained and lost
+    /// @param times  how often; may be negative
+    /// @par Errors
+    /// GeneralFailure when a count would fall below 0 or exceed 10,000,000, when no atom would be
+    /// left, or the charge would exceed the number of electrons; the message is a line
+    Result<ChemicalFormula> plus(const DeltaComposition &delta, int times = 1) const;
 
 private:
     QList<Atoms> m_atoms;

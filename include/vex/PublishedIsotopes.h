@@ -51,6 +51,9 @@ public:
     /// Sum of mass times abundance over the isotopes, in their order, in daltons.
     static double averageMass(const Element &element);
 
+    /// The most abundant isotope.
+    static const Isotope &mostAbundant(const Element &element);
+
     /// Mass of the most abundant isotope in daltons, not always the lightest: 4He, 11B, 56Fe.
     static double monoisotopicMass(const Element &element);
 };

@@ -1,7 +1,8 @@
 #include <vex/ChemicalFormula.h>
+#include <vex/DeltaComposition.h>
 
 #include "detail/ShownText.h"
-#include "algo/detail/Electron.h"
+#include "algo/detail/AtomCounts.h"
 #include "detail/Trace.h"
 
 #include <algorithm>
@@ -22,15 +23,17 @@ namespace {
 constexpr detail::TraceSource kSource{"src/algo/ChemicalFormula"};
 namespace at {
 constexpr auto notUnderstood = kSource.line(1);
+constexpr auto notPossible = kSource.line(2);
 } // namespace at
 
 using Element = PublishedIsotopes::Element;
 using Atoms = ChemicalFormula::Atoms;
+using Kind = detail::AtomKind;
+using Counts = detail::AtomCounts;
+using detail::kLargestCount;
+using detail::kUnweighed;
 
-constexpr qint64 kLargestCount = 10'000'000;
 constexpr std::size_t kDeepest = 100;
-constexpr QLatin1StringView kUnweighed = "Tc Pm Po At Rn Fr Ra Ac Np Pu Am Cm Bk Cf Es Fm Md No Lr "
-                                         "Rf Db Sg Bh Hs Mt Ds Rg Cn Nh Fl Mc Lv Ts Og"_L1;
 
 /// Characters that stand for the same thing in different shapes. Digits are in order.
 struct Script
@@ -69,9 +72,14 @@ QChar closing(QChar open)
     return open == u'(' ? u')' : open == u'[' ? u']' : u'}';
 }
 
-/// Atoms of one kind: the element, and the mass number of a single isotope or 0.
-using Kind = std::pair<const Element *, int>;
-using Counts = std::map<Kind, qint64>;
+/// Of the neutral atoms.
+qint64 electronsOf(const Counts &counts)
+{
+    qint64 electrons = 0;
+    for (const auto &[kind, count] : counts)
+        electrons += kind.first->atomicNumber * count;
+    return electrons;
+}
 
 /// Reads one text from its beginning to its end, or to the first fault.
 class Reader
@@ -131,15 +139,7 @@ private:
         return false;
     }
 
-    /// @p text in quotes, cut when nobody would read it to its end.
-    static QString quoted(QStringView text)
-    {
-        constexpr qsizetype kLongest = 40;
-        const QString head =
-            detail::shownText(text.first(std::min(text.size(), kLongest)).toString());
-        return u'\'' + head + (text.size() > kLongest ? u"…'"_s : u"'"_s);
-    }
-
+    static QString quoted(QStringView text) { return detail::quotedHead(text); }
     static QString quoted(QChar character) { return quoted(QStringView(&character, 1)); }
 
     /// Says that the next character, or the end, is not what can follow.
@@ -407,10 +407,7 @@ private:
         }
         if (m_at < m_text.size())
             return fail(m_at, u"goes on behind its charge"_s);
-        qint64 electrons = 0;
-        for (const auto &[kind, count] : m_counts)
-            electrons += kind.first->atomicNumber * count;
-        if (number > kLargestCount || sign * number > electrons)
+        if (number > kLargestCount || sign * number > electronsOf(m_counts))
             return fail(start, u"has a charge beyond its electrons"_s);
         m_charge = static_cast<int>(sign * number);
         return true;
@@ -424,19 +421,6 @@ private:
     int m_charge = 0;
     QString m_problem;
 };
-
-/// The sum over all atoms, less the electrons that the charge took.
-template <typename MassOf>
-double massOf(const ChemicalFormula &formula, MassOf massOfMixture)
-{
-    double sum = 0.0;
-    for (const Atoms &atoms : formula.atoms()) {
-        const PublishedIsotopes::Isotope *isotope =
-            PublishedIsotopes::find(*atoms.element, atoms.massNumber);
-        sum += atoms.count * (isotope ? isotope->massDa : massOfMixture(*atoms.element));
-    }
-    return sum - formula.charge() * detail::kElectronMass;
-}
 
 } // namespace
 
@@ -455,18 +439,7 @@ Result<ChemicalFormula> ChemicalFormula::read(QStringView text)
             Result<ChemicalFormula>(Error(ErrorCode::GeneralFailure, reader.problem())));
     ChemicalFormula formula;
     formula.m_charge = reader.charge();
-    bool hasCarbon = false;
-    for (const auto &[kind, count] : reader.counts()) {
-        formula.m_atoms.append({kind.first, kind.second, static_cast<int>(count)});
-        hasCarbon = hasCarbon || kind.first->atomicNumber == 6;
-    }
-    const auto place = [hasCarbon](const Atoms &atoms) {
-        const int number = atoms.element->atomicNumber;
-        const int group = hasCarbon && number == 6 ? 0 : hasCarbon && number == 1 ? 1 : 2;
-        return std::tuple(group, atoms.element->symbol, atoms.massNumber);
-    };
-    std::sort(formula.m_atoms.begin(), formula.m_atoms.end(),
-        [&place](const Atoms &a, const Atoms &b) { return place(a) < place(b); });
+    formula.m_atoms = detail::inHillOrder(reader.counts());
     return formula;
 }
 
@@ -484,12 +457,53 @@ QString ChemicalFormula::hillText() const
 
 double ChemicalFormula::averageMass() const
 {
-    return massOf(*this, &PublishedIsotopes::averageMass);
+    return detail::averageMass(m_atoms, m_charge);
 }
 
 double ChemicalFormula::monoisotopicMass() const
 {
-    return massOf(*this, &PublishedIsotopes::monoisotopicMass);
+    return detail::monoisotopicMass(m_atoms, m_charge);
+}
+
+qint64 ChemicalFormula::nominalMass() const
+{
+    qint64 sum = 0;
+    for (const Atoms &atoms : m_atoms)
+        sum += qint64(atoms.count)
+            * (atoms.massNumber != 0 ? atoms.massNumber
+                                     : PublishedIsotopes::mostAbundant(*atoms.element).massNumber);
+    return sum;
+}
+
+Result<ChemicalFormula> ChemicalFormula::plus(const DeltaComposition &delta, int times) const
+{
+    const auto refused = [](const QString &problem) {
+        return detail::stamped(at::notPossible, Q_FUNC_INFO,
+            Result<ChemicalFormula>(Error(ErrorCode::GeneralFailure, problem)));
+    };
+    Counts counts;
+    for (const Atoms &atoms : m_atoms)
+        counts[{atoms.element, atoms.massNumber}] += atoms.count;
+    for (const Atoms &atoms : delta.atoms()) {
+        const qint64 change = qint64(atoms.count) * times;
+        qint64 &count = counts[{atoms.element, atoms.massNumber}];
+        if (count + change < 0)
+            return refused(u"there is not enough %1, %2 of %3 would be taken away"_s.arg(
+                atoms.label(), QString::number(-change), QString::number(count)));
+        if (count + change > kLargestCount)
+            return refused(u"there would be more than %1 atoms of %2"_s.arg(
+                QString::number(kLargestCount), atoms.label()));
+        count += change;
+    }
+    ChemicalFormula formula;
+    formula.m_atoms = detail::inHillOrder(counts);
+    const qint64 charge = m_charge + qint64(delta.charge()) * times;
+    if (formula.m_atoms.isEmpty())
+        return refused(u"no atom would be left"_s);
+    if (charge > electronsOf(counts) || -charge > kLargestCount)
+        return refused(u"a charge of %1 would be beyond the electrons"_s.arg(charge));
+    formula.m_charge = static_cast<int>(charge);
+    return formula;
 }
 
 } // namespace vex

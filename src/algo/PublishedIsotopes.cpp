@@ -280,11 +280,15 @@ double PublishedIsotopes::averageMass(const Element &element)
     return sum;
 }
 
+const Isotope &PublishedIsotopes::mostAbundant(const Element &element)
+{
+    return *std::max_element(element.isotopes.begin(), element.isotopes.end(),
+        [](const Isotope &a, const Isotope &b) { return a.abundance < b.abundance; });
+}
+
 double PublishedIsotopes::monoisotopicMass(const Element &element)
 {
-    return std::max_element(element.isotopes.begin(), element.isotopes.end(),
-        [](const Isotope &a, const Isotope &b) { return a.abundance < b.abundance; })
-        ->massDa;
+    return mostAbundant(element).massDa;
 }
 
 } // namespace vex

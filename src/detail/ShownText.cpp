@@ -32,4 +32,11 @@ QString shownText(const QString &text)
     return shown;
 }
 
+QString quotedHead(QStringView text)
+{
+    constexpr qsizetype kLongest = 40;
+    const QString head = shownText(text.first(std::min(text.size(), kLongest)).toString());
+    return u'\'' + head + (text.size() > kLongest ? u"…'"_s : u"'"_s);
+}
+
 } // namespace vex::detail
