@@ -1,6 +1,7 @@
 // Numbers behind docs/models.md and the second part of docs/constants.md: writes
-// models-coverage.csv and models-numbers.csv into the folder that is its one argument. Rows of
-// times differ from run to run, those of memory in their last digits; all else comes out the same.
+// models-coverage.csv, models-numbers.csv and proteins.csv into the folder that is its one
+// argument. Rows of times differ from run to run, those of memory in their last digits; all else
+// comes out the same.
 
 #include <QDir>
 #include <QFile>
@@ -27,8 +28,13 @@
 #include <vex/AveragineIsotopeDistribution.h>
 #include <vex/AveragineIsotopeModel.h>
 #include <vex/AveragineIsotopeModelRefactored.h>
+#include <vex/ChemicalFormula.h>
+#include <vex/ElementsIsoMassAndAbundances.h>
 #include <vex/IsotopeWorkspace.h>
 #include <vex/MolecularFormula.h>
+#include <vex/MolecularMass.h>
+#include <vex/MolecularPattern.h>
+#include <vex/PublishedIsotopes.h>
 
 using namespace Qt::StringLiterals;
 
@@ -68,11 +74,17 @@ void requireSuccess(bool isGood)
         qFatal("vex_model_figures: the library refused what it should take");
 }
 
+/// @p model with the composition @p formula.
+template <typename Model>
+Model modelOf(Model model, const Formula &formula)
+{
+    requireSuccess(!model.init(formula).hasError());
+    return model;
+}
+
 ListBased listModel(int capacity, const Amounts &amounts = kAveragine)
 {
-    ListBased model(capacity);
-    requireSuccess(!model.init(formulaOf(amounts)).hasError());
-    return model;
+    return modelOf(ListBased(capacity), formulaOf(amounts));
 }
 
 template <typename Model>
@@ -359,8 +371,7 @@ void writeTimes(Rows *rows)
         requireSuccess(!model.peakIntensityRatiosFromMass(150e3, &pattern).hasError());
         g_sink = pattern.constLast();
     }));
-    Classic classic;
-    requireSuccess(!classic.init(averagine).hasError());
+    const Classic classic = modelOf(Classic(), averagine);
     writeQueryTimes(rows, "classic", classic);
 
     for (const int capacity : kCapacities) {
@@ -430,8 +441,7 @@ double rangeOf(Coverage coverage, double end)
 
 void writeCoverage(QTextStream *out, Rows *rows)
 {
-    Classic classic;
-    requireSuccess(!classic.init(formulaOf(kAveragine)).hasError());
+    const Classic classic = modelOf(Classic(), formulaOf(kAveragine));
     std::vector<ListBased> lists;
     for (const int capacity : kCapacities)
         lists.push_back(listModel(capacity));
@@ -500,8 +510,7 @@ void writeCoverage(QTextStream *out, Rows *rows)
 
 void writeModelErrors(Rows *rows)
 {
-    Classic classic;
-    requireSuccess(!classic.init(formulaOf(kAveragine)).hasError());
+    const Classic classic = modelOf(Classic(), formulaOf(kAveragine));
     const ListBased list = listModel(int(kExactPeaks));
     const ListBased lists[] = {listModel(100), listModel(200), list};
     const double merMass = list.merMass();
@@ -662,7 +671,7 @@ void writeGridErrors(Rows *rows)
     for (const double mass : {1300.0, 1400.0}) {
         const Exact whole = wholeAt(mass);
         const Exact exact = at(mass);
-        for (const std::size_t peak : {1, 2})
+        for (const std::size_t peak : {1U, 2U})
             rows->add("sulfur_step_percent_of_peak", peakName(peak), mass / 1000.0,
                 static_cast<double>(100 * (whole[peak] / exact[peak] - 1)));
     }
@@ -721,12 +730,127 @@ void writeConstants(Rows *rows)
                 worstPeak(pattern, atomByAtom(atoms, sets.front().second)));
             if (kilodaltons > 1.0)
                 continue;
-            for (const std::size_t peak : {1, 2, 3, 4}) {
+            for (const std::size_t peak : {1U, 2U, 3U, 4U}) {
                 rows->add("peak_percent_of_first", name + ' ' + peakName(peak), kilodaltons,
                     static_cast<double>(100 * pattern[peak] / pattern[0]));
             }
         }
     }
+}
+
+// ---- Real proteins
+
+struct Protein
+{
+    const char *name;
+    QString formula;
+};
+
+// Neutral molecules: insulin with its three disulfide bridges, metallothionein without the acetyl
+// group, the antibodies without glycans. Sources: docs/models.md.
+const std::array kProteins{
+    Protein{"human insulin", u"C257H383N65O77S6"_s},
+    Protein{"metallothionein-2", u"C223H381N71O82S21"_s},
+    Protein{"metallothionein-2 with 7 Zn", u"C223H367N71O82S21Zn7"_s},
+    Protein{"ubiquitin", u"C378H629N105O118S"_s},
+    Protein{"horse apomyoglobin", u"C769H1212N210O218S2"_s},
+    Protein{"adalimumab", u"C6428H9912N1694O1987S46"_s},
+    Protein{"trastuzumab", u"C6470H10012N1726O2013S42"_s},
+};
+
+// By Formula::AtomType; zinc takes the place that is reserved.
+const std::array kSymbols{u"C"_s, u"H"_s, u"O"_s, u"N"_s, u"S"_s, u"P"_s, u"Na"_s, u"Zn"_s};
+
+/// The list-based model with the isotopes that MolecularPattern has.
+ListBased listOfPublished()
+{
+    vex::ElementsIsoMassAndAbundances elements;
+    for (const QString &symbol : kSymbols) {
+        QList<double> masses;
+        QList<double> abundances;
+        for (const auto &isotope : vex::PublishedIsotopes::find(symbol)->isotopes) {
+            masses.append(isotope.massDa);
+            abundances.append(isotope.abundance);
+        }
+        requireSuccess(!elements.insertIsoMassAndAbundance(masses, abundances).hasError());
+    }
+    ListBased model(int{kExactPeaks});
+    requireSuccess(!model.initElementsIsoMassAndAbundance(elements).hasError());
+    return model;
+}
+
+Formula countsOf(const vex::ChemicalFormula &formula)
+{
+    QHash<Formula::AtomType, double> counts;
+    for (const auto &atoms : formula.atoms()) {
+        const auto place = std::find(kSymbols.begin(), kSymbols.end(), atoms.element->symbol);
+        requireSuccess(place != kSymbols.end());
+        counts.insert(static_cast<Formula::AtomType>(place - kSymbols.begin()), atoms.count);
+    }
+    Formula result;
+    result.setMolecularFormula(counts);
+    return result;
+}
+
+Exact exactPattern(const vex::ChemicalFormula &formula)
+{
+    const auto pattern = vex::MolecularPattern::holding(formula, 1.0);
+    requireSuccess(!pattern.hasError());
+    Exact shares(static_cast<std::size_t>(pattern.value().firstShift()));
+    for (const auto &peak : pattern.value().peaks())
+        shares.push_back(peak.share);
+    return shares;
+}
+
+/// One row for each way to @p protein 's pattern.
+void writeProtein(QTextStream *out, const Protein &protein)
+{
+    const auto formula = vex::ChemicalFormula::read(protein.formula);
+    requireSuccess(!formula.hasError());
+    const double mass = formula.value().averageMass();
+    const Exact exact = exactPattern(formula.value());
+    const Formula own = countsOf(formula.value());
+    const Formula averagine = formulaOf(kAveragine);
+    const double averagineSulfur =
+        averagine.count(Formula::S) * mass / vex::MolecularMass::average(averagine);
+    const auto write = [&](const char *way, const Exact &pattern) {
+        *out << protein.name << ',' << mass / 1000.0 << ',' << own.count(Formula::S) << ','
+             << averagineSulfur << ',' << way << ',' << worstPeak(pattern, exact) << ','
+             << worstPeak(pattern, exact, Classic::kPeakCount) << ',' << 100.0 * sumOf(pattern)
+             << ',' << highestOf(pattern) << ',' << highestOf(pattern) - highestOf(exact) << ','
+             << meanOf(pattern) << ',' << meanOf(pattern) - meanOf(exact) << '\n';
+    };
+    write("exact", exact);
+
+    const ListBased list(int{kExactPeaks});
+    const ListBased listPublished = listOfPublished();
+    if (own.count(Formula::Reserved) == 0.0) { // the built-in tables have no zinc
+        write("classic own", patternOf(modelOf(Classic(), own), mass));
+        write("list own", patternOf(modelOf(list, own), mass));
+        Amounts amounts{};
+        std::transform(kTypes.begin(), kTypes.end(), amounts.begin(),
+            [&](Formula::AtomType type) { return own.count(type); });
+        write("table of the models alone", atomByAtom(amounts, isotopesOfModels()));
+        const vex::IsotopeWorkspace workspace(vex::IsotopeWorkspace::RatiosSet0);
+        write("table of the grid alone", atomByAtom(amounts, isotopesOf(workspace)));
+    }
+    write("list own published isotopes", patternOf(modelOf(listPublished, own), mass));
+    write("classic averagine", patternOf(modelOf(Classic(), averagine), mass));
+    write("list averagine", patternOf(modelOf(list, averagine), mass));
+    write("list averagine published isotopes", patternOf(modelOf(listPublished, averagine), mass));
+    static const Grid grid(gridOf(100.0, 1600.0, kDefault));
+    static const Grid finelyCut(gridOf(100.0, 1600.0, kAccurate));
+    write("grid default", nearest(grid, mass));
+    write("grid cut finely", nearest(finelyCut, mass));
+}
+
+void writeProteins(QTextStream *out)
+{
+    *out << "protein,average_kDa,sulfur,averagine_sulfur,way,error_percent,error_of_100_peaks_"
+            "percent,held_percent,highest,"
+            "highest_off_Da,mean,mean_off_Da\n";
+    for (const Protein &protein : kProteins)
+        writeProtein(out, protein);
 }
 
 template <typename Write>
@@ -765,5 +889,6 @@ int main(int argc, char *argv[])
         writeGridErrors(&rows);
         writeConstants(&rows);
     });
+    isGood &= writeFile(folder.filePath(u"proteins.csv"_s), writeProteins);
     return isGood ? 0 : 1;
 }
