@@ -88,6 +88,7 @@ extern const Command kDistributionCommand;
 extern const Command kFileTypeCommand;
 extern const Command kFormulaCommand;
 extern const Command kMassCommand;
+extern const Command kModificationsCommand;
 extern const Command kMoveCommand;
 extern const Command kObfuscateCommand;
 extern const Command kPatternCommand;

@@ -118,7 +118,7 @@ public:
         const XUnit &unit = m_comparison->unit;
         QString text;
         for (qsizetype i = 0; i < m_comparison->files.size(); ++i) {
-            const auto &[signal, name, title] = m_comparison->files[i];
+            const auto &[signal, name, title, yTitle] = m_comparison->files[i];
             const auto interval = vex::PlotUtilities::guessSamplingInterval(signal);
             text += headLine("%1: %2"_L1.arg(QChar(i == 0 ? u'A' : u'B'), name))
                 + reportLine(u"points"_s, QString::number(signal.points().size()))
@@ -148,7 +148,8 @@ public:
         const SignalVerdict &verdict = m_comparison->verdict;
         const QString &unit = m_comparison->unit.symbol;
         QJsonObject object{{u"xUnit"_s, unit.isEmpty() ? QJsonValue() : QJsonValue(unit)},
-            {u"intensityUnit"_s, u"counts"_s}, {u"mergedDomain"_s, verdict.domainSize},
+            {u"intensityUnit"_s, isCounted() ? QJsonValue(u"counts"_s) : QJsonValue()},
+            {u"mergedDomain"_s, verdict.domainSize},
             {u"overlap"_s,
                 hasOverlap() ? QJsonValue(
                     QJsonObject{{u"start"_s, verdict.overlapStart}, {u"end"_s, verdict.overlapEnd}})
@@ -158,7 +159,7 @@ public:
             {u"minCorrelation"_s, m_comparison->minCorrelation}, {u"isSame"_s, verdict.isSame},
             {u"rule"_s, wordsFor(verdict.rule).first}};
         for (qsizetype i = 0; i < m_comparison->files.size(); ++i) {
-            const auto &[signal, name, title] = m_comparison->files[i];
+            const auto &[signal, name, title, yTitle] = m_comparison->files[i];
             const SignalRange range = rangeOf(signal);
             const auto interval = vex::PlotUtilities::guessSamplingInterval(signal);
             object.insert(i == 0 ? u"a"_s : u"b"_s,
@@ -198,11 +199,15 @@ public:
                 QString::number(verdict.relativeAreaOfError, 'g', 3),
                 QString::number(verdict.correlation, 'g', 3)),
             m_comparison->unit.axisTitle(),
-            {{u"intensity / counts"_s, {curve(u'A', 0), curve(u'B', 1)}, {}},
-                {u"A \u2212 B / counts"_s, {{QString(), m_comparison->difference.points()}}, {}}}));
+            {{isCounted() ? u"intensity / counts"_s : u"relative intensity"_s,
+                 {curve(u'A', 0), curve(u'B', 1)}, {}},
+                {isCounted() ? u"A \u2212 B / counts"_s : u"A \u2212 B"_s,
+                    {{QString(), m_comparison->difference.points()}}, {}}}));
     }
 
 private:
+    bool isCounted() const { return !intensityUnitOf(m_comparison->files).isEmpty(); }
+
     /// As many digits as a reader can use.
     static QString measure(double value) { return QString::number(value, 'g', 6); }
 

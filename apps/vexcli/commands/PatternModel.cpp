@@ -102,6 +102,11 @@ void addModelOptions(CommandLine *commandLine)
         u"N"_s);
 }
 
+QStringList averageModelOptions()
+{
+    return {u"averagine"_s, u"formula"_s, u"model"_s, u"capacity"_s};
+}
+
 vex::Result<std::shared_ptr<PatternModel>> PatternModel::fromOptions(const CommandLine &commandLine)
 {
     const QString name =

@@ -64,6 +64,9 @@ Prediction nearestPattern(const vex::AveragineIsotopeDistribution &table, double
 /// Adds --model, --capacity and the options of the composition to @p commandLine.
 void addModelOptions(CommandLine *commandLine);
 
+/// Those options.
+QStringList averageModelOptions();
+
 /// The model that predicts the patterns of one run.
 class PatternModel
 {

@@ -32,7 +32,8 @@ constexpr std::array kCommands
         &kCredentialCommand,
 #endif
         &kDeobfuscateCommand, &kDistributionCommand, &kFileTypeCommand, &kFormulaCommand,
-        &kMassCommand, &kMoveCommand, &kObfuscateCommand, &kPatternCommand, &kSysInfoCommand,
+        &kMassCommand, &kModificationsCommand, &kMoveCommand, &kObfuscateCommand, &kPatternCommand,
+        &kSysInfoCommand,
 };
 
 enum ExitCode {

@@ -26,10 +26,10 @@ namespace {
 using AtomType = vex::MolecularFormula::AtomType;
 using Counts = QHash<AtomType, double>;
 
+const QString kModernAveragine = u"averagine (Senko 1995)"_s;
 constexpr qint64 kLargestFile = 1 << 20; // bytes; a composition is a few lines
 
-/// Modern averagine: Senko, Beu and McLafferty, J. Am. Soc. Mass Spectrom. 6 (1995) 229.
-Counts modernAveragine()
+Counts countsOfModernAveragine()
 {
     return {{AtomType::C, 4.9384}, {AtomType::H, 7.7583}, {AtomType::N, 1.3577},
         {AtomType::O, 1.4773}, {AtomType::S, 0.0417}};
@@ -146,6 +146,13 @@ vex::Result<Counts> countsFromFile(const QString &path, QString *name)
 
 } // namespace
 
+Composition modernAveragine()
+{
+    Composition composition{kModernAveragine, {}};
+    composition.formula.setMolecularFormula(countsOfModernAveragine());
+    return composition;
+}
+
 void addCompositionOptions(CommandLine *commandLine)
 {
     commandLine->addOption({u"formula"_s},
@@ -168,8 +175,8 @@ vex::Result<Composition> compositionFrom(const CommandLine &commandLine)
 {
     if (commandLine.isSet(u"formula"_s) && commandLine.isSet(u"averagine"_s))
         return usageFailure(u"--formula and --averagine exclude each other"_s);
-    QString name = u"averagine (Senko 1995)"_s;
-    vex::Result<Counts> counts = modernAveragine();
+    QString name = kModernAveragine;
+    vex::Result<Counts> counts = countsOfModernAveragine();
     if (commandLine.isSet(u"formula"_s)) {
         name = commandLine.value(u"formula"_s);
         counts = countsFromText(name);

@@ -16,6 +16,10 @@ struct Composition
     vex::MolecularFormula formula;
 };
 
+/// Averagine as it is mostly used: Senko, Beu and McLafferty, J. Am. Soc. Mass Spectrom. 6 (1995)
+/// 229.
+Composition modernAveragine();
+
 /// Adds --formula and --averagine to @p commandLine.
 void addCompositionOptions(CommandLine *commandLine);
 

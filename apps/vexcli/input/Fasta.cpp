@@ -1,11 +1,13 @@
 #include "input/Fasta.h"
 
 #include "Failure.h"
+#include "output/Messages.h"
 #include "output/Text.h"
 
 #include <vex/ResidueCompositions.h>
 
 #include <QByteArray>
+#include <QJsonObject>
 
 #include <string_view>
 
@@ -20,9 +22,11 @@ using AtomCounts = vex::ResidueCompositions::AtomCounts;
 constexpr std::string_view kWater = "1";
 constexpr QByteArrayView kByteOrderMark = "\xEF\xBB\xBF"; // editors on Windows begin UTF-8 with it
 constexpr qsizetype kChunk = 1 << 16; // bytes read at a time
+constexpr qsizetype kMostWarnings = 20; // about sequences with odd residues
 constexpr qsizetype kLongestHeader = 1 << 12; // bytes kept of a header line
 constexpr qint64 kShortestMask = 4; // small letters; fewer among capitals are a modification
 constexpr std::string_view kOddResidues = "BUXZ";
+constexpr AtomCounts kPyrrolysine{12, 19, 3, 2, 0};
 // IUPAC standard atomic weight (2013), and the mass of the most abundant isotope, 80Se (AME2020)
 constexpr double kSeleniumAverage = 78.971; // daltons
 constexpr double kSeleniumMonoisotopic = 79.9165218; // daltons
@@ -33,6 +37,10 @@ std::array<const AtomCounts *, 256> residuesByCharacter()
     std::array<const AtomCounts *, 256> residues{};
     for (char letter = 'A'; letter <= 'Z'; ++letter) {
         const AtomCounts *atoms = vex::ResidueCompositions::find(std::string_view(&letter, 1));
+        if (letter == 'J')
+            atoms = vex::ResidueCompositions::find("L");
+        else if (letter == 'O')
+            atoms = &kPyrrolysine;
         residues[static_cast<unsigned char>(letter)] = atoms;
         residues[static_cast<unsigned char>(letter - 'A' + 'a')] = atoms;
     }
@@ -146,8 +154,10 @@ private:
         ++m_current->length;
         const char capital =
             isSmall(character) ? static_cast<char>(character - 'a' + 'A') : character;
-        if (kOddResidues.find(capital) != std::string_view::npos)
-            ++m_current->odd[capital];
+        ++m_current->places[std::size_t(capital - 'A')];
+        m_current->last = QLatin1Char(capital);
+        if (m_current->length == 1)
+            m_current->first = m_current->last;
         return vex::ErrorCode::NoError;
     }
 
@@ -257,13 +267,32 @@ QString formulaText(const Protein &protein)
     return text;
 }
 
-QList<OddResidue> oddResiduesOf(const Protein &protein)
+QString Protein::kinds() const
+{
+    QString chain(first);
+    for (char letter = 'A'; letter <= 'Z'; ++letter) {
+        if (placesOf(letter) > 0)
+            chain += QLatin1Char(letter);
+    }
+    return chain + last;
+}
+
+vex::Result<vex::ChemicalFormula> exactFormulaOf(const Protein &protein)
+{
+    const qint64 selenium = protein.placesOf('U');
+    return passedOn(vex::ChemicalFormula::read(
+        formulaText(protein) + (selenium > 0 ? "Se"_L1 + QString::number(selenium) : QString())));
+}
+
+QList<OddResidue> oddResiduesOf(const Protein &protein, bool isSeleniumCounted)
 {
     QList<OddResidue> odd;
-    for (auto entry = protein.odd.cbegin(); entry != protein.odd.cend(); ++entry) {
-        const qint64 count = entry.value();
-        OddResidue residue{entry.key(), count, {}, {}, {}};
-        switch (entry.key()) {
+    for (const char code : kOddResidues) {
+        const qint64 count = protein.placesOf(code);
+        if (count == 0 || (code == 'U' && isSeleniumCounted))
+            continue;
+        OddResidue residue{code, count, {}, {}, {}};
+        switch (code) {
         case 'B':
             residue.text = u"counted as N; a D is 0.98 Da heavier"_s;
             break;
@@ -285,6 +314,36 @@ QList<OddResidue> oddResiduesOf(const Protein &protein)
         odd.append(residue);
     }
     return odd;
+}
+
+QJsonArray jsonOf(const QList<OddResidue> &residues)
+{
+    const auto number = [](std::optional<double> mass) {
+        return mass ? QJsonValue(*mass) : QJsonValue();
+    };
+    QJsonArray array;
+    for (const OddResidue &residue : residues)
+        array.append(QJsonObject{{u"residue"_s, QString(QLatin1Char(residue.code))},
+            {u"count"_s, residue.count}, {u"note"_s, residue.text},
+            {u"missingAverageMassDa"_s, number(residue.missingAverageMass)},
+            {u"missingMonoisotopicMassDa"_s, number(residue.missingMonoisotopicMass)}});
+    return array;
+}
+
+void OddResidueWarnings::add(const QString &name, const QList<OddResidue> &residues)
+{
+    if (residues.isEmpty() || ++m_count > kMostWarnings)
+        return;
+    for (const OddResidue &residue : residues)
+        warn(u"%1: %2 at %3: %4"_s.arg(name, QLatin1StringView(&residue.code, 1),
+            counted(residue.count, u"place"_s), residue.text));
+}
+
+void OddResidueWarnings::finish(QLatin1StringView codes) const
+{
+    if (m_count > kMostWarnings)
+        warn(u"%1 with %2; --json tells of each"_s.arg(
+            counted(m_count - kMostWarnings, u"more sequence"_s), codes));
 }
 
 vex::Result<QList<Protein>> readFasta(const QString &path, BadRecords *bad)

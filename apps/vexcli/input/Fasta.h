@@ -1,14 +1,15 @@
 #pragma once
 
 #include <QHash>
+#include <QJsonArray>
 #include <QList>
-#include <QMap>
 #include <QString>
 #include <QStringList>
 
 #include <array>
 #include <optional>
 
+#include <vex/ChemicalFormula.h>
 #include <vex/MolecularFormula.h>
 #include <vex/Result.h>
 
@@ -26,16 +27,40 @@ struct OddResidue
     std::optional<double> missingMonoisotopicMass;
 };
 
+/// What JSON tells of them.
+QJsonArray jsonOf(const QList<OddResidue> &residues);
+
+/// Warns of odd residues: of the first sequences one by one, of the others together.
+class OddResidueWarnings
+{
+public:
+    void add(const QString &name, const QList<OddResidue> &residues);
+    /// Says how many others there were. @param codes  such as "B, X or Z"
+    void finish(QLatin1StringView codes) const;
+
+private:
+    qsizetype m_count = 0; // sequences with odd residues
+};
+
 /// One record of a FASTA file, summed up.
 struct Protein
 {
     QString name; // first word behind '>'
     qint64 length = 0; // residues
     std::array<qint64, 5> atoms{}; // C, H, N, O, S; residues and one water
-    QMap<char, qint64> odd; // places of B, U, X and Z
+    std::array<qint64, 26> places{}; // by letter
+    QChar first; // residue
+    QChar last;
+
+    qint64 placesOf(char residue) const { return places[std::size_t(residue - 'A')]; }
+    /// A short chain of the same kinds of residues, between the same ends.
+    QString kinds() const;
 };
 
-/// The composition of a protein.
+/// All atoms of a protein, selenium included. Fails when it has too many.
+vex::Result<vex::ChemicalFormula> exactFormulaOf(const Protein &protein);
+
+/// The composition of a protein for average models: without selenium.
 vex::MolecularFormula formulaOf(const Protein &protein);
 
 /// Atom counts by type; what formulaOf() is made of.
@@ -45,7 +70,8 @@ QHash<vex::MolecularFormula::AtomType, double> countsOf(const Protein &protein);
 QString formulaText(const Protein &protein);
 
 /// What a reader must know of the residues that are not what they seem.
-QList<OddResidue> oddResiduesOf(const Protein &protein);
+/// @param isSeleniumCounted  as by exactFormulaOf(): U is no odd residue then
+QList<OddResidue> oddResiduesOf(const Protein &protein, bool isSeleniumCounted);
 
 /// Reads @p path and sums the residues of every record by the library's table.
 ///

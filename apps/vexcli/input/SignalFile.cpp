@@ -102,7 +102,20 @@ QString XUnit::axisTitle() const
 
 QString XUnit::with(const QString &number) const
 {
-    return symbol.isEmpty() ? number : number + u' ' + symbol;
+    return withUnit(number, symbol);
+}
+
+QString withUnit(const QString &number, const QString &unit)
+{
+    return unit.isEmpty() ? number : number + u' ' + unit;
+}
+
+QString intensityUnitOf(const QList<SignalFile> &files)
+{
+    const bool isRelative = std::any_of(files.begin(), files.end(), [](const SignalFile &file) {
+        return file.yTitle.contains("relative"_L1, Qt::CaseInsensitive);
+    });
+    return isRelative ? QString() : u"counts"_s;
 }
 
 void addXUnitOption(CommandLine *commandLine, const QString &units, const QString &otherwise)
@@ -115,7 +128,7 @@ void addXUnitOption(CommandLine *commandLine, const QString &units, const QStrin
 
 vex::Result<SignalFile> readSignal(const CommandLine &commandLine, const QString &path)
 {
-    SignalFile file{{}, inputName(path), {}};
+    SignalFile file{{}, inputName(path), {}, {}};
     QMap<qsizetype, qint64> odd; // lines of the first points that do not ascend
     auto &points = file.signal.points();
     BadRecords none(false);
@@ -132,6 +145,7 @@ vex::Result<SignalFile> readSignal(const CommandLine &commandLine, const QString
     if (points.isEmpty())
         return failure(u"%1 holds no point"_s.arg(file.name));
     file.xTitle = titles.value().value(0);
+    file.yTitle = titles.value().value(1);
     for (const QString &finding : findingsOf(file.signal, file.name, odd))
         warn(finding);
     return file;

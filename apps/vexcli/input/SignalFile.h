@@ -26,6 +26,9 @@ struct XUnit
     QString symbol; // empty when nothing tells
     double perMinute = 0.0; // 0 for what is no time, or not known
 
+    /// How much of it the library takes for a minute: of what is no time, one.
+    double scale() const { return perMinute > 0.0 ? perMinute : 1.0; }
+
     /// "time / min", "m/z" or just "x"
     QString axisTitle() const;
     /// @p number with the unit behind it.
@@ -43,7 +46,15 @@ struct SignalFile
     vex::PlotBase signal;
     QString name; // of the file, for messages
     QString xTitle; // empty when the file has no titles
+    QString yTitle;
 };
+
+/// The unit of the intensities of @p files: counts, or none where a title says that one is
+/// relative.
+QString intensityUnitOf(const QList<SignalFile> &files);
+
+/// @p number with @p unit behind it, if there is one.
+QString withUnit(const QString &number, const QString &unit);
 
 /// Reads two columns, x and y, as the options of @p commandLine say; points that do not ascend are
 /// warned of. Takes 16 bytes a point.

@@ -80,6 +80,11 @@ void writeLongTable(Output *output, const QStringList &titles, qsizetype count,
     }
 }
 
+QString bar(double share)
+{
+    return QString(qRound(share * 40.0), u'#');
+}
+
 QByteArray peakTable(
     const QList<double> &shares, double highest, double minimalShare, const QString &name)
 {
@@ -90,7 +95,7 @@ QByteArray peakTable(
             continue;
         const double relative = share / highest;
         peaks.addRow({QString::number(i), fixedNumber(100.0 * share, 3),
-            fixedNumber(100.0 * relative, 1), QString(qRound(relative * 40.0), u'#')});
+            fixedNumber(100.0 * relative, 1), bar(relative)});
     }
     return peaks.isEmpty() ? QByteArray() : peaks.toText(2);
 }

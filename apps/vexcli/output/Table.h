@@ -47,6 +47,9 @@ void writeLongTable(Output *output, const QStringList &titles, qsizetype count,
 QByteArray peakTable(const QList<double> &shares, double highest, double minimalShare,
     const QString &name = QStringLiteral("highest"));
 
+/// A bar for a table: 40 signs for a share of 1.
+QString bar(double share);
+
 /// A line of a report on one thing: what it tells, and the value in a column of its own.
 QString reportLine(const QString &what, const QString &value);
 

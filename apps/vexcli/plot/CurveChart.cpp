@@ -92,12 +92,30 @@ void addMargin(double *from, double *to, double share)
     *to += *to == 0.0 ? 0.0 : margin;
 }
 
-QLineSeries *makeCurve(const QList<QPointF> &points, const QColor &colour, double width)
+/// @p points, each between two so far below 0 that the line from one to the next is not seen.
+QList<QPointF> sticksOf(const QList<QPointF> &points)
 {
+    double below = 0.0;
+    for (const QPointF &point : points)
+        below = std::min(below, -point.y());
+    QList<QPointF> sticks;
+    for (const QPointF &point : points)
+        sticks << QPointF(point.x(), below) << point << QPointF(point.x(), below);
+    return sticks;
+}
+
+bool isStick(const PlottedCurve &curve)
+{
+    return curve.shape == PlottedCurve::Sticks;
+}
+
+QLineSeries *makeCurve(const PlottedCurve &curve, const QColor &colour, double width)
+{
+    const bool isLine = !isStick(curve);
     auto *line = new QLineSeries;
-    addThinned(line, points);
-    line->setPen(QPen(colour, width));
-    line->setPointsVisible(points.size() == 1);
+    addThinned(line, isLine ? curve.points : sticksOf(curve.points));
+    line->setPen(QPen(colour, width, Qt::SolidLine, isLine ? Qt::SquareCap : Qt::FlatCap));
+    line->setPointsVisible(isLine && curve.points.size() == 1);
     return line;
 }
 
@@ -144,12 +162,18 @@ Layers layersOf(const PlottedPanel &panel)
         if (mark.points.size() > 1)
             add(makeRegion(mark.points), mark.label, kRegionColour);
     }
+    const bool hasSticks = std::any_of(panel.curves.begin(), panel.curves.end(), isStick);
     for (qsizetype i = 0; i < panel.curves.size(); ++i) {
-        // the first one broad, so that it is seen also where the second one covers it
-        const bool isBroad = i == 0 && panel.curves.size() > 1;
-        const QColor colour(kColours[isBroad ? 5 : (i == 0 ? 0 : 1)]);
-        add(makeCurve(panel.curves[i].points, colour, isBroad ? 4.0 : 1.6), panel.curves[i].label,
-            colour);
+        // of two lines the first one broad, so that it is seen also where the second one covers it
+        const bool isBroad = i == 0 && panel.curves.size() > 1 && !hasSticks;
+        // beside sticks there may be many, and the second colour is that of a dot
+        const auto place = static_cast<std::size_t>(isBroad ? 5 : hasSticks && i > 0 ? i + 1 : i);
+        const QColor colour(kColours[place % std::size(kColours)]);
+        add(makeCurve(panel.curves[i], colour,
+                isBroad                        ? 4.0
+                    : isStick(panel.curves[i]) ? 2.4
+                                               : 1.6),
+            panel.curves[i].label, colour);
     }
     for (const PlottedMark &mark : panel.marks) {
         if (mark.points.size() == 1)
@@ -174,7 +198,10 @@ QByteArray pictureOf(PlotFormat format, const QString &title, const QString &xTi
         left = 0.0;
         right = 1.0;
     }
-    addMargin(&left, &right, 0.0);
+    bool hasSticks = false;
+    for (const PlottedPanel &panel : panels)
+        hasSticks = hasSticks || std::any_of(panel.curves.begin(), panel.curves.end(), isStick);
+    addMargin(&left, &right, hasSticks ? 0.03 : 0.0); // a stick at the end is as wide as others
     const Scale x = fittingScale(left, right); // the same one below the other
 
     QList<Scale> scales;

@@ -21,11 +21,16 @@ enum class PlotStyle {
     Lines, ///< one over the other, from dark to light: how the shape moves
 };
 
-/// One line of a plot.
+/// One line of a plot, or the peaks of a spectrum.
 struct PlottedCurve
 {
+    enum Shape {
+        Line,
+        Sticks ///< from 0 up to each point
+    };
     QString label;
     QList<QPointF> points;
+    Shape shape = Line;
 };
 
 /// A place or a region of a plot that a reader is to look at.
