@@ -234,8 +234,11 @@ private Q_SLOTS:
         }
         QCOMPARE(formulaOf(u"C2H3[13C]Br"_s).nominalMass(), 119); // 24 + 3 + 13 + 79
         QCOMPARE(formulaOf(u"SnSe"_s).nominalMass(), 200); // 120 + 80
-        const auto fits = [](QStringView name) { return Modifications::find(name)->fits(u"GK"); };
+        const auto fits = [](QStringView name, QStringView chain = u"GKN") {
+            return Modifications::find(name)->fits(chain);
+        };
         QVERIFY(fits(u"Myristoyl") && fits(u"Acetyl") && fits(u"Amidated") && fits(u"Phospho"));
+        QVERIFY(fits(u"Dehydrated") && !fits(u"Dehydrated", u"NKG") && !fits(u"Acetyl", u""));
         QVERIFY(!fits(u"Iodo") && !fits(u"Gln->pyro-Glu"));
     }
 };

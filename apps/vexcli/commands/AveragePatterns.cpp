@@ -24,6 +24,7 @@
 
 #include <memory>
 #include <optional>
+#include <tuple>
 
 using namespace Qt::StringLiterals;
 
@@ -31,6 +32,7 @@ namespace vexcli {
 
 namespace {
 
+constexpr qsizetype kMostWarnings = 20; // about patterns that are not whole
 constexpr qsizetype kMostPlotted = 12; // patterns in one plot that a reader can still tell apart
 
 /// What to predict a pattern for.
@@ -55,6 +57,11 @@ struct Pattern : Prediction
     bool isOwn = false; // that of the sequence
 };
 
+Target targetOf(double mass)
+{
+    return {massNumber(mass) + " Da"_L1, mass, std::nullopt};
+}
+
 vex::Result<QList<Target>> targetsOfSequences(const CommandLine &commandLine, BadRecords *bad)
 {
     auto proteins = readProteins(commandLine, bad);
@@ -76,11 +83,11 @@ vex::Result<QList<Target>> targetsFrom(const CommandLine &commandLine, BadRecord
         return passedOn(targetsOfSequences(commandLine, bad));
     QList<Target> targets;
     if (commandLine.isSet(u"masses"_s)) {
-        auto masses = readMasses(commandLine, commandLine.value(u"masses"_s), bad);
+        auto masses = readMasses(commandLine, bad);
         if (masses.hasError())
             return passedOn(std::move(masses).error());
         for (const double mass : std::as_const(masses).value())
-            targets.append({massNumber(mass) + " Da"_L1, mass, std::nullopt});
+            targets.append(targetOf(mass));
         return targets;
     }
     for (const QString &text : commandLine.values(u"mass"_s) + commandLine.positional()) {
@@ -151,8 +158,7 @@ public:
                                      .toUtf8();
         QByteArray text;
         for (int i = 0; i < pattern.shares.size(); ++i)
-            text += start + QByteArray::number(i) + ',' + exactNumber(pattern.shares[i]).toUtf8()
-                + '\n';
+            text += start + QByteArray::number(i) + ',' + exactBytes(pattern.shares[i]) + '\n';
         return text;
     }
 
@@ -215,17 +221,102 @@ private:
     QList<Plot> m_plots;
 };
 
+/// Predicts and writes one pattern after the other.
+class Run
+{
+public:
+    Run(const CommandLine &commandLine, PatternModel *model, const Report &report, Plots *plots,
+        Results *results)
+        : m_model(*model)
+        , m_report(report)
+        , m_plots(*plots)
+        , m_results(*results)
+        , m_isCompositionGiven(isCompositionGiven(commandLine))
+    {
+        Output *const file = results->file();
+        if (commandLine.isJson())
+            m_json.emplace(file ? file : results->standard(), commandLine.jsonLayout());
+        else if (file && !commandLine.isSet(u"no-header"_s))
+            file->write(Report::csvTitle());
+    }
+
+    vex::Error add(const Target &target)
+    {
+        Pattern pattern;
+        pattern.target = &target;
+        pattern.isOwn = target.protein && m_model.hasComposition() && !m_isCompositionGiven;
+        if (pattern.isOwn) {
+            if (auto error = m_model.setComposition(
+                    {formulaText(*target.protein), formulaOf(*target.protein)});
+                error.hasError())
+                return passedOn(std::move(error));
+        }
+        pattern.composition = m_model.composition();
+        if (auto error = m_model.predict(target.mass, &pattern); error.hasError())
+            return passedOn(std::move(error));
+        warnOf(pattern);
+        m_plots.add(pattern, m_count++);
+        if (m_json) {
+            m_json->add(m_report.asJson(pattern));
+        } else {
+            if (m_results.standard())
+                m_results.print(m_report.asTable(pattern));
+            if (m_results.file())
+                m_results.file()->write(Report::asCsv(pattern));
+        }
+        return isInterrupted() ? interrupted() : vex::Error(vex::ErrorCode::NoError);
+    }
+
+    /// Hands out what is known so far.
+    void flush()
+    {
+        for (Output *output : {m_results.standard(), m_results.file()}) {
+            if (output)
+                std::ignore = output->check(); // the end of the run tells
+        }
+    }
+
+    void end()
+    {
+        if (m_json)
+            m_json->end();
+        if (m_warningCount > kMostWarnings)
+            warn(u"%1 with such a warning"_s.arg(
+                counted(m_warningCount - kMostWarnings, u"more pattern"_s)));
+        m_plots.handOut(&m_results);
+    }
+
+private:
+    void warnOf(const Pattern &pattern)
+    {
+        const double mass = pattern.target->mass;
+        if (m_model.isDoubtful(mass, pattern) && ++m_warningCount <= kMostWarnings)
+            warn(pattern.target->label() + ": "_L1 + m_model.warningFor(mass, pattern));
+    }
+
+    PatternModel &m_model;
+    const Report &m_report;
+    Plots &m_plots;
+    Results &m_results;
+    bool m_isCompositionGiven;
+    std::optional<JsonArrayWriter> m_json;
+    qsizetype m_count = 0;
+    qsizetype m_warningCount = 0;
+};
+
 } // namespace
 
 vex::Error predictAveragePatterns(
     const CommandLine &commandLine, double minimalShare, Results *results)
 {
-    auto chosen = PatternModel::fromOptions(commandLine);
-    if (chosen.hasError())
-        return passedOn(std::move(chosen).error());
-    PatternModel &model = *chosen.value();
+    auto model = PatternModel::fromOptions(commandLine);
+    if (model.hasError())
+        return passedOn(std::move(model).error());
     BadRecords bad(commandLine.isSet(u"keep-going"_s));
-    const auto targets = targetsFrom(commandLine, &bad);
+    // Masses without a plot are told as they come: there may be more of them than memory holds.
+    const bool isStream = commandLine.isSet(u"masses"_s) && commandLine.plotFile().isEmpty();
+    const vex::Result<QList<Target>> targets =
+        isStream ? QList<Target>() : targetsFrom(commandLine, &bad);
     if (targets.hasError())
         return passedOn(targets.error());
     const auto published = PublishedTable::fromOptions(commandLine);
@@ -239,48 +330,24 @@ vex::Error predictAveragePatterns(
     const auto files = plotFilesFor(commandLine, names, kMostPlotted);
     if (files.hasError())
         return passedOn(files.error());
-    Plots plots(files.value());
 
-    const Report report(model, minimalShare, published.value());
-    Output *const file = results->file();
-    const bool isJson = commandLine.isJson();
-    std::optional<JsonArrayWriter> json;
-    if (isJson)
-        json.emplace(file ? file : results->standard());
-    else if (file)
-        file->write(Report::csvTitle());
+    Plots plots(files.value());
+    const Report report(*model.value(), minimalShare, published.value());
+    Run run(commandLine, model.value().get(), report, &plots, results);
+    if (isStream) {
+        if (auto error = forEachMass(
+                commandLine, &bad, [&run](double mass) { return run.add(targetOf(mass)); },
+                [&run] { run.flush(); });
+            error.hasError())
+            return passedOn(std::move(error));
+    }
     Progress progress(u"predicting"_s, targets.value().size());
     for (qsizetype i = 0; i < targets.value().size(); ++i) {
-        Pattern pattern;
-        pattern.target = &targets.value()[i];
-        const std::optional<Protein> &protein = pattern.target->protein;
-        pattern.isOwn = protein && model.hasComposition() && !isCompositionGiven(commandLine);
-        if (pattern.isOwn) {
-            if (auto error = model.setComposition({formulaText(*protein), formulaOf(*protein)});
-                error.hasError())
-                return passedOn(std::move(error));
-        }
-        pattern.composition = model.composition();
-        if (auto error = model.predict(pattern.target->mass, &pattern); error.hasError())
+        if (auto error = run.add(targets.value()[i]); error.hasError())
             return passedOn(std::move(error));
-        if (const QString warning = model.warningFor(pattern.target->mass, pattern);
-            !warning.isEmpty())
-            warn(pattern.target->label() + ": "_L1 + warning);
-        plots.add(pattern, i);
-        if (json) {
-            json->add(report.asJson(pattern));
-        } else {
-            results->print(report.asTable(pattern));
-            if (file)
-                file->write(Report::asCsv(pattern));
-        }
-        if (isInterrupted())
-            return interrupted();
         progress.update(i);
     }
-    if (json)
-        json->end();
-    plots.handOut(results);
+    run.end();
     results->setVerdict(bad.verdict());
     return vex::ErrorCode::NoError;
 }

@@ -17,6 +17,8 @@ namespace vexcli {
 namespace {
 
 /// @p text with line ends between words, so that no line is longer than a terminal is wide.
+const QString kJsonLines = u"json-lines"_s;
+
 QString wrapped(const QString &text)
 {
     constexpr qsizetype kWidth = 79;
@@ -109,6 +111,13 @@ void CommandLine::addPlotOption(const QString &description)
     add({u"plot"_s}, description, u"FILE"_s);
 }
 
+void CommandLine::addStreamOptions()
+{
+    addFlag(kJsonLines,
+        u"JSON with a line for each object, which is written as soon as it is known."_s);
+    addFlag(u"no-header"_s, u"Leaves the line of titles out of the CSV."_s);
+}
+
 void CommandLine::addFlag(const QString &name, const QString &description)
 {
     m_repeatable.insert(name);
@@ -163,6 +172,8 @@ vex::Error CommandLine::parse(const QStringList &arguments)
     }
     if (files.count(u"-"_s) > 1)
         return usageFailure(u"standard input can be read once only, not for two inputs"_s);
+    if (areJsonLines() && isSet(u"json"_s))
+        return usageFailure(u"--json and --json-lines exclude each other"_s);
     if (isJson() && outputFile() == "-"_L1)
         return usageFailure(
             u"standard output cannot hold both JSON and CSV: leave --json or -o - out"_s);
@@ -198,6 +209,21 @@ void CommandLine::logParameters() const
 {
     vex::AppParamsPrinter::printAppParams(
         m_parser, {vex::klicense_key, vex::kquorlsphere_license_key});
+}
+
+bool CommandLine::isJson() const
+{
+    return isSet(u"json"_s) || areJsonLines();
+}
+
+bool CommandLine::areJsonLines() const
+{
+    return m_names.contains(kJsonLines) && isSet(kJsonLines);
+}
+
+JsonArrayWriter::Layout CommandLine::jsonLayout() const
+{
+    return areJsonLines() ? JsonArrayWriter::Lines : JsonArrayWriter::Array;
 }
 
 QString CommandLine::outputFile() const

@@ -10,6 +10,8 @@
 #include <vex/Error.h>
 #include <vex/Result.h>
 
+#include "output/Json.h"
+
 namespace vexcli {
 
 /// What a command takes, and what it was given. Every command has --help, --json, --trace and the
@@ -50,6 +52,8 @@ public:
     void addOutputOption(const QString &description);
     /// Option --plot: a picture to draw.
     void addPlotOption(const QString &description);
+    /// Options for output that is read by machines as it comes: --json-lines and --no-header.
+    void addStreamOptions();
     /// An option without a value.
     void addFlag(const QString &name, const QString &description);
 
@@ -70,7 +74,10 @@ public:
     QString value(const QString &name) const { return m_parser.value(name); }
     QStringList values(const QString &name) const { return m_parser.values(name); }
     QStringList positional() const { return m_parser.positionalArguments().mid(1); }
-    bool isJson() const { return isSet(QStringLiteral("json")); }
+    /// JSON in some layout.
+    bool isJson() const;
+    /// The layout of several objects.
+    JsonArrayWriter::Layout jsonLayout() const;
     QString outputFile() const; // empty for none
     QString plotFile() const; // empty for none
 
@@ -86,6 +93,7 @@ public:
 
 private:
     void addCommonOptions();
+    bool areJsonLines() const;
     void add(const QStringList &names, const QString &description, const QString &valueName);
     vex::Error checkRepeated() const;
 

@@ -77,7 +77,7 @@ vex::Error checkOptions(const CommandLine &commandLine)
 vex::Result<QList<double>> massesFrom(const CommandLine &commandLine, BadRecords *bad)
 {
     if (commandLine.isSet(u"masses"_s))
-        return passedOn(readMasses(commandLine, commandLine.value(u"masses"_s), bad));
+        return passedOn(readMasses(commandLine, bad));
     QList<double> masses;
     for (const QString &text : commandLine.values(u"average"_s) + commandLine.values(u"mono"_s)
             + commandLine.positional()) {

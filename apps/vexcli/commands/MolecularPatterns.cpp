@@ -437,11 +437,15 @@ private:
     QPointF m_highest; // share
 };
 
-/// A profile as CSV. Rounded to what an instrument could tell; so it is the same everywhere.
-QByteArray csvOf(const QList<QPointF> &profile, const QString &xTitle)
+QByteArray profileTitleOf(const QString &xTitle)
 {
-    QByteArray text =
-        xTitle == "m/z"_L1 ? "m/z,relative intensity\n" : "mass (Da),relative intensity\n";
+    return xTitle == "m/z"_L1 ? "m/z,relative intensity\n" : "mass (Da),relative intensity\n";
+}
+
+/// A profile as CSV. Rounded to what an instrument could tell; so it is the same everywhere.
+QByteArray csvOf(const QList<QPointF> &profile, const QByteArray &title)
+{
+    QByteArray text = title;
     for (const QPointF &point : profile)
         text += QByteArray::number(point.x(), 'f', 7) + ',' + QByteArray::number(point.y(), 'g', 9)
             + '\n';
@@ -554,8 +558,8 @@ vex::Error predictMolecularPatterns(
     Output *const file = results->file();
     std::optional<JsonArrayWriter> json;
     if (commandLine.isJson())
-        json.emplace(file ? file : results->standard());
-    else if (file && !isProfile)
+        json.emplace(file ? file : results->standard(), commandLine.jsonLayout());
+    else if (file && !isProfile && !commandLine.isSet(u"no-header"_s))
         file->write(report.csvTitle());
     QList<Spectrum> spectra(std::max<qsizetype>(files.value().size(), isProfile ? 1 : 0),
         Spectrum(request.value().resolution));
@@ -584,7 +588,8 @@ vex::Error predictMolecularPatterns(
         if (json) {
             json->add(report.asJson(pattern));
         } else {
-            results->print(report.asTable(pattern));
+            if (results->standard())
+                results->print(report.asTable(pattern));
             if (file && !isProfile)
                 file->write(Report::asCsv(pattern));
         }
@@ -595,7 +600,8 @@ vex::Error predictMolecularPatterns(
     if (json)
         json->end();
     if (isProfile && file)
-        file->write(csvOf(whole.profile(), whole.xTitle()));
+        file->write(csvOf(whole.profile(),
+            commandLine.isSet(u"no-header"_s) ? QByteArray() : profileTitleOf(whole.xTitle())));
     for (qsizetype i = 0; i < files.value().size(); ++i) {
         const Spectrum &spectrum = spectra[i];
         if (spectrum.isEmpty())

@@ -59,6 +59,7 @@ void declare(CommandLine *commandLine)
     commandLine->addOutputOption(
         u"Writes all peaks of each pattern to FILE as CSV, besides the table; with --json the JSON "
         "goes to FILE, and nothing is printed."_s);
+    commandLine->addStreamOptions();
     commandLine->addPlotOption(
         u"Draws the patterns into FILE (.svg or .png); with {name} in it, one file for each."_s);
 }

@@ -176,16 +176,19 @@ vex::Error PatternModel::predict(double mass, Prediction *prediction) const
     return vex::ErrorCode::NoError;
 }
 
+bool PatternModel::isDoubtful(double mass, const Prediction &prediction) const
+{
+    return (m_grid && Grid(*m_grid).isBeyond(mass)) || prediction.coverage < kGoodCoverage;
+}
+
 QString PatternModel::warningFor(double mass, const Prediction &prediction)
 {
     if (m_grid && Grid(*m_grid).isBeyond(mass))
         return u"beyond the last grid point, %1 Da, whose pattern is given; %2"_s.arg(
             massNumber(Grid(*m_grid).lastMass()), adviceFor(mass));
-    if (prediction.coverage < kGoodCoverage)
-        return u"the %1 peaks hold only %2 % of the signal; %3"_s.arg(
-            QString::number(prediction.shares.size()), fixedNumber(100.0 * prediction.coverage, 2),
-            adviceFor(mass));
-    return {};
+    return u"the %1 peaks hold only %2 % of the signal; %3"_s.arg(
+        QString::number(prediction.shares.size()), fixedNumber(100.0 * prediction.coverage, 2),
+        adviceFor(mass));
 }
 
 /// The smallest list that holds practically everything at @p mass.

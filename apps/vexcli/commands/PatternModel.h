@@ -84,7 +84,9 @@ public:
     QString composition() const;
     /// Writes the pattern of a molecule of @p mass daltons.
     vex::Error predict(double mass, Prediction *prediction) const;
-    /// What is wrong with @p prediction for @p mass and which model does better; mostly nothing.
+    /// True when @p prediction for @p mass is not whole.
+    bool isDoubtful(double mass, const Prediction &prediction) const;
+    /// What is wrong with a doubtful one, and which model does better.
     QString warningFor(double mass, const Prediction &prediction);
 
 private:

@@ -463,7 +463,8 @@ void addColumnsOptions(CommandLine *commandLine, const QString &names)
 ColumnsRequest columnsRequest(
     const CommandLine &commandLine, const QString &path, const QStringList &names)
 {
-    return {path, names, false, commandLine.value(u"column"_s), commandLine.value(u"decimal"_s)};
+    return {
+        path, names, false, commandLine.value(u"column"_s), commandLine.value(u"decimal"_s), {}};
 }
 
 vex::Result<QStringList> readColumns(const ColumnsRequest &request, BadRecords *bad,
@@ -475,8 +476,10 @@ vex::Result<QStringList> readColumns(const ColumnsRequest &request, BadRecords *
     if (input.hasError())
         return passedOn(std::move(input).error());
     Reader reader(request, input.value()->name(), bad, take);
-    auto error = forEachLine(input.value().get(),
-        [&reader](QByteArrayView line, qint64 number) { return reader.take(line, number); });
+    auto error = forEachLine(
+        input.value().get(),
+        [&reader](QByteArrayView line, qint64 number) { return reader.take(line, number); },
+        request.beforeRead);
     if (error.hasError())
         return passedOn(std::move(error));
     return passedOn(reader.finish());

@@ -23,6 +23,7 @@ struct ColumnsRequest
     bool isFirstText = false; // the first one holds a text, all others numbers
     QString choice; // as --column has it; empty: the file has these columns and no others
     QString decimal; // as --decimal has it; empty: found out
+    std::function<void()> beforeRead; // called before each read, which may wait; may be empty
 };
 
 /// The wanted fields of a line.

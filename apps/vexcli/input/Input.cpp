@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "output/Messages.h"
 #include "output/Text.h"
+#include "platform/Files.h"
 
 #include <cstring>
 
@@ -34,6 +35,8 @@ vex::Result<std::shared_ptr<Input>> Input::open(const QString &path)
     file.setFileName(path);
     if (!(path == "-"_L1 ? file.open(kStandardInput, kMode) : file.open(kMode)))
         return failure(u"cannot read %1: %2"_s.arg(input->m_name, file.errorString()));
+    if (file.isSequential())
+        input->m_descriptor = path == "-"_L1 ? kStandardInput : file.handle();
     input->m_progress =
         std::make_unique<Progress>(u"reading"_s, file.isSequential() ? 0 : file.size());
     return input;
@@ -43,20 +46,31 @@ vex::Result<qint64> Input::read(char *data, qint64 most)
 {
     if (isInterrupted())
         return interrupted();
-    const qint64 got = m_file.read(data, most);
-    if (got < 0 || m_file.error() != QFileDevice::NoError)
-        return failure(u"cannot read %1: %2"_s.arg(m_name, m_file.errorString()));
+    QString problem;
+    qint64 got = 0;
+    if (m_descriptor >= 0) {
+        got = readSome(m_descriptor, data, most, &problem);
+    } else {
+        got = m_file.read(data, most);
+        if (got < 0 || m_file.error() != QFileDevice::NoError)
+            problem = m_file.errorString();
+    }
+    if (!problem.isEmpty())
+        return failure(u"cannot read %1: %2"_s.arg(m_name, problem));
     m_progress->update(m_done += got);
     return got;
 }
 
-vex::Error forEachLine(
-    Input *input, const std::function<vex::Error(QByteArrayView line, qint64 number)> &take)
+vex::Error forEachLine(Input *input,
+    const std::function<vex::Error(QByteArrayView line, qint64 number)> &take,
+    const std::function<void()> &beforeRead)
 {
     QByteArray buffer(kLongestLine + kChunk, Qt::Uninitialized);
     qint64 held = 0; // bytes of a line that has not ended
     qint64 number = 0;
     for (;;) {
+        if (beforeRead)
+            beforeRead();
         auto got = input->read(buffer.data() + held, kChunk);
         if (got.hasError())
             return passedOn(std::move(got).error());

@@ -26,13 +26,14 @@ public:
     /// For messages: the path, or "standard input".
     const QString &name() const { return m_name; }
 
-    /// Reads up to @p most bytes to @p data.
+    /// Reads up to @p most bytes to @p data; from a pipe what is there.
     /// @return how many there were; 0 at the end
     vex::Result<qint64> read(char *data, qint64 most);
 
 private:
     QString m_name;
     QFile m_file;
+    int m_descriptor = -1; // of a pipe, which is read as it fills; -1 for a file
     qint64 m_done = 0;
     std::unique_ptr<Progress> m_progress;
 };
@@ -42,8 +43,10 @@ QString inputName(const QString &path);
 
 /// Calls @p take with each line of @p input and its number, from 1. A line ends with LF, CR LF or
 /// CR; the ends and a byte order mark are not part of it. Lines of more than 64 KiB are an error.
-vex::Error forEachLine(
-    Input *input, const std::function<vex::Error(QByteArrayView line, qint64 number)> &take);
+/// @param beforeRead  called before each read, which may wait; may be empty
+vex::Error forEachLine(Input *input,
+    const std::function<vex::Error(QByteArrayView line, qint64 number)> &take,
+    const std::function<void()> &beforeRead);
 
 /// @p field for a message: trimmed, in quotes, not too long.
 QString quoted(QByteArrayView field);

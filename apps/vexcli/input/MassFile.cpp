@@ -22,22 +22,43 @@ vex::Error checkMass(double mass, const QString &what, const QString &name, qint
 
 } // namespace
 
-vex::Result<QList<double>> readMasses(
-    const CommandLine &commandLine, const QString &path, BadRecords *bad)
+vex::Error forEachMass(const CommandLine &commandLine, BadRecords *bad,
+    const std::function<vex::Error(double mass)> &take, const std::function<void()> &beforeRead)
 {
-    QList<double> masses;
+    bool isEmpty = true;
+    const QString path = commandLine.value(u"masses"_s);
     const QString name = inputName(path);
-    auto titles = readColumns(columnsRequest(commandLine, path, {u"mass"_s}), bad,
-        [&](const ColumnsRow &row) -> vex::Error {
-            if (auto error = checkMass(row.numbers[0], u"mass"_s, name, row.line); error.hasError())
-                return error;
-            masses.append(row.numbers[0]);
-            return vex::ErrorCode::NoError;
-        });
+    ColumnsRequest request = columnsRequest(commandLine, path, {u"mass"_s});
+    request.beforeRead = beforeRead;
+    vex::Error refused = vex::ErrorCode::NoError; // by take(): no fault of the record
+    auto titles = readColumns(request, bad, [&](const ColumnsRow &row) -> vex::Error {
+        if (auto error = checkMass(row.numbers[0], u"mass"_s, name, row.line); error.hasError())
+            return error;
+        isEmpty = false;
+        if (!refused.hasError())
+            refused = take(row.numbers[0]);
+        return vex::ErrorCode::NoError;
+    });
+    if (refused.hasError())
+        return passedOn(std::move(refused));
     if (titles.hasError())
         return passedOn(std::move(titles).error());
-    if (masses.isEmpty() && !bad->verdict().hasError())
+    if (isEmpty && !bad->verdict().hasError())
         return failure(u"%1 holds no mass"_s.arg(name));
+    return vex::ErrorCode::NoError;
+}
+
+vex::Result<QList<double>> readMasses(const CommandLine &commandLine, BadRecords *bad)
+{
+    QList<double> masses;
+    auto error = forEachMass(commandLine, bad,
+        [&masses](double mass) {
+            masses.append(mass);
+            return vex::Error(vex::ErrorCode::NoError);
+        },
+        {});
+    if (error.hasError())
+        return passedOn(std::move(error));
     return masses;
 }
 
@@ -47,7 +68,7 @@ vex::Result<QHash<QString, PublishedMasses>> readPublishedMasses(const QString &
     const QString name = inputName(path);
     BadRecords none(false);
     ColumnsRequest request{
-        path, {u"name"_s, u"average mass"_s, u"monoisotopic mass"_s}, true, {}, {}};
+        path, {u"name"_s, u"average mass"_s, u"monoisotopic mass"_s}, true, {}, {}, {}};
     auto titles = readColumns(request, &none, [&](const ColumnsRow &row) -> vex::Error {
         for (const int i : {1, 2}) {
             if (auto error = checkMass(row.numbers[i], request.names[i], name, row.line);

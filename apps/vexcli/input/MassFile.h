@@ -4,6 +4,9 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
+
+#include <vex/Error.h>
 #include <vex/Result.h>
 
 #include "input/Input.h"
@@ -12,9 +15,14 @@ namespace vexcli {
 
 class CommandLine;
 
-/// Reads a column of masses, finite numbers of at least 0, as the options of @p commandLine say.
-vex::Result<QList<double>> readMasses(
-    const CommandLine &commandLine, const QString &path, BadRecords *bad);
+/// Reads the column of masses of --masses, finite numbers of at least 0, as the options of
+/// @p commandLine say, and calls @p take with each as it comes.
+/// @param beforeRead  called before each read, which may wait; may be empty
+vex::Error forEachMass(const CommandLine &commandLine, BadRecords *bad,
+    const std::function<vex::Error(double mass)> &take, const std::function<void()> &beforeRead);
+
+/// All of them at once.
+vex::Result<QList<double>> readMasses(const CommandLine &commandLine, BadRecords *bad);
 
 /// Masses of one molecule as somebody published them, in daltons.
 struct PublishedMasses

@@ -41,10 +41,11 @@ QByteArray jsonText(const QJsonObject &object)
     return escaped(QJsonDocument(object).toJson());
 }
 
-JsonArrayWriter::JsonArrayWriter(Output *output)
+JsonArrayWriter::JsonArrayWriter(Output *output, Layout layout)
     : m_output(output)
+    , m_layout(layout)
 {
-    if (m_output)
+    if (m_output && m_layout == Array)
         m_output->write("[\n");
 }
 
@@ -52,6 +53,10 @@ void JsonArrayWriter::add(const QJsonObject &object)
 {
     if (!m_output)
         return;
+    if (m_layout == Lines) {
+        m_output->write(escaped(QJsonDocument(object).toJson(QJsonDocument::Compact)) + '\n');
+        return;
+    }
     QByteArray text = jsonText(object).trimmed();
     text.replace("\n", "\n    ");
     m_output->write((std::exchange(m_isEmpty, false) ? "    " : ",\n    ") + text);
@@ -59,7 +64,7 @@ void JsonArrayWriter::add(const QJsonObject &object)
 
 void JsonArrayWriter::end()
 {
-    if (m_output)
+    if (m_output && m_layout == Array)
         m_output->write(m_isEmpty ? "]\n" : "\n]\n");
 }
 

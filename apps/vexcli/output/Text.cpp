@@ -80,6 +80,11 @@ QString exactNumber(double value)
     return QString::number(value, 'g', QLocale::FloatingPointShortest);
 }
 
+QByteArray exactBytes(double value)
+{
+    return QByteArray::number(value, 'g', QLocale::FloatingPointShortest);
+}
+
 QString massNumber(double mass)
 {
     // Between these the digits can still be counted.

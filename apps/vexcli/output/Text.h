@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 namespace vexcli {
@@ -19,6 +20,9 @@ QString fixedNumber(double value, int decimals);
 
 /// The shortest text that reads back as exactly @p value.
 QString exactNumber(double value);
+
+/// The same in ASCII, for long files.
+QByteArray exactBytes(double value);
 
 /// A mass or a count: as exact, and without an exponent as long as that reads better.
 QString massNumber(double mass);

@@ -3,8 +3,10 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <string>
 
+#include <io.h>
 #include <windows.h>
 
 using namespace Qt::StringLiterals;
@@ -20,6 +22,17 @@ QString devicePath(const QString &path)
         GetFullPathNameW(text.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
     const QString device = QString::fromStdWString(full);
     return device.startsWith("\\\\.\\"_L1) ? device : QString();
+}
+
+qint64 readSome(int descriptor, char *data, qint64 most, QString *problem)
+{
+    const auto size = static_cast<DWORD>(std::min<qint64>(most, 1 << 30));
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
+    DWORD got = 0;
+    if (ReadFile(handle, data, size, &got, nullptr) || GetLastError() == ERROR_BROKEN_PIPE)
+        return got;
+    *problem = qt_error_string(static_cast<int>(GetLastError()));
+    return -1;
 }
 
 QString programFolder()
