@@ -7,10 +7,12 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <functional>
 #include <random>
+#include <vector>
 
 namespace {
 
@@ -31,11 +33,25 @@ PlotBase signal(qsizetype points, unsigned seed)
     return plot;
 }
 
+/// The same at random positions: nothing tells which of two signals has the next sample.
+PlotBase randomSignal(qsizetype points, unsigned seed)
+{
+    PlotBase plot = signal(points, seed);
+    std::mt19937 random(seed);
+    std::vector<double> positions(static_cast<std::size_t>(points));
+    for (double &x : positions)
+        x = 0.009 * static_cast<double>(points) * (static_cast<double>(random()) / 4294967296.0);
+    std::sort(positions.begin(), positions.end());
+    for (qsizetype i = 0; i < points; ++i)
+        plot.points()[i].setX(positions[static_cast<std::size_t>(i)]);
+    return plot;
+}
+
 struct Pair
 {
-    explicit Pair(qsizetype points)
-        : a(signal(points, 1))
-        , b(signal(points, 2))
+    explicit Pair(qsizetype points, PlotBase (*make)(qsizetype, unsigned) = signal)
+        : a(make(points, 1))
+        , b(make(points, 2))
     {
     }
     PlotBase a;
@@ -83,29 +99,44 @@ void add(const std::string &name, Slow slow, Fast fast, double floor)
     bench::compare({name, name + "/plain", name + "/vex", floor});
 }
 
+std::string sizeName(qsizetype points)
+{
+    return "/1e" + std::to_string(std::lround(std::log10(double(points))));
+}
+
+/// What walks along both signals for their values.
+void addComparisons(const std::shared_ptr<const Pair> &pair, const std::string &kind, double floor,
+    double sameFloor)
+{
+    using namespace vex::PlotUtilities;
+    const PlotBase &a = pair->a;
+    const PlotBase &b = pair->b;
+    add(
+        "subtract" + kind, [pair, &a, &b] { return plain::subtract(a, b); },
+        [pair, &a, &b] { return subtract(a, b, 0.0); }, floor);
+    add(
+        "pearsonsCorrelation" + kind, [pair, &a, &b] { return plain::pearsonsCorrelation(a, b); },
+        [pair, &a, &b] { return pearsonsCorrelation(a, b); }, floor);
+    add(
+        "relativeAreaOfError" + kind, [pair, &a, &b] { return plain::relativeAreaOfError(a, b); },
+        [pair, &a, &b] { return relativeAreaOfError(a, b, 0.0); }, floor);
+    add(
+        "plotSame" + kind, [pair, &a, &b] { return plain::plotSame(a, b, 2.0, -2.0); },
+        [pair, &a, &b] { return plotSame(a, b, 0.0, 2.0, -2.0); }, sameFloor);
+}
+
 void addAll(qsizetype points)
 {
     using namespace vex::PlotUtilities;
     const auto pair = std::make_shared<const Pair>(points);
     requireEqual(*pair);
-    const std::string size = "/1e" + std::to_string(std::lround(std::log10(double(points))));
+    const std::string size = sizeName(points);
     const PlotBase &a = pair->a;
     const PlotBase &b = pair->b;
     add(
         "mergeDomains" + size, [pair, &a, &b] { return plain::mergeDomains(a, b); },
         [pair, &a, &b] { return mergeDomains(a, b, 0.0); }, 10.0);
-    add(
-        "subtract" + size, [pair, &a, &b] { return plain::subtract(a, b); },
-        [pair, &a, &b] { return subtract(a, b, 0.0); }, 10.0);
-    add(
-        "pearsonsCorrelation" + size, [pair, &a, &b] { return plain::pearsonsCorrelation(a, b); },
-        [pair, &a, &b] { return pearsonsCorrelation(a, b); }, 10.0);
-    add(
-        "relativeAreaOfError" + size, [pair, &a, &b] { return plain::relativeAreaOfError(a, b); },
-        [pair, &a, &b] { return relativeAreaOfError(a, b, 0.0); }, 10.0);
-    add(
-        "plotSame" + size, [pair, &a, &b] { return plain::plotSame(a, b, 2.0, -2.0); },
-        [pair, &a, &b] { return plotSame(a, b, 0.0, 2.0, -2.0); }, 18.0);
+    addComparisons(pair, size, 10.0, 18.0);
     add(
         "guessSamplingInterval" + size, [pair, &a] { return plain::guessSamplingInterval(a); },
         [pair, &a] { return guessSamplingInterval(a); }, 20.0);
@@ -122,6 +153,16 @@ void addAll(qsizetype points)
         "list correlation" + size,
         [lists] { return plain::correlation(lists->at(0), lists->at(1)); },
         [lists] { return pearsonsCorrelation(lists->at(0), lists->at(1)); }, 1.3);
+}
+
+/// Where the processor cannot guess what comes next.
+/// @param floor, sameFloor  of what compares, and of plotSame()
+void addRandom(qsizetype points, double floor, double sameFloor)
+{
+    using namespace vex::PlotUtilities;
+    const auto pair = std::make_shared<const Pair>(points, randomSignal);
+    requireEqual(*pair);
+    addComparisons(pair, "/random" + sizeName(points), floor, sameFloor);
 }
 
 /// Time over the number of points, for the growth in the full listing.
@@ -142,6 +183,8 @@ void addGrowth(const std::string &name, std::function<void(const Pair &)> work)
 const bench::Registration registration([] {
     for (const qsizetype points : {qsizetype(100000), qsizetype(1000000)})
         addAll(points);
+    addRandom(100000, 17.0, 30.0);
+    addRandom(1000000, 18.0, 22.0);
     using namespace vex::PlotUtilities;
     addGrowth("plotSame", [](const Pair &pair) {
         benchmark::DoNotOptimize(plotSame(pair.a, pair.b, 0.0, 2.0, -2.0));

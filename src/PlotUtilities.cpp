@@ -9,9 +9,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <span>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -44,59 +44,105 @@ bool isClose(double p, double q)
     return std::fabs(p - q) <= kPlotZero * std::max({1.0, std::fabs(p), std::fabs(q)});
 }
 
-constexpr auto distance = [](double p, double q) { return std::fabs(p - q); };
-
-/// Appends the points (x, height(a, b)).
-template <typename Height>
-void appendPoints(PlotBase *plot, Values x, Values a, Values b, Height height)
+/// The area under the magnitude of the difference of two signals, position by position.
+/// @tparam AreaSum  adds up areas
+template <typename AreaSum>
+class AreaOfError
 {
-    std::array<QPointF, PlotPairWalk::kMost> points;
-    for (std::size_t i = 0; i < x.size(); ++i)
-        points[i] = QPointF(x[i], height(a[i], b[i]));
-    detail::append(&plot->points(), std::span<const QPointF>(points).first(x.size()));
+public:
+    explicit AreaOfError(AreaSum sum)
+        : m_sum(std::move(sum))
+    {
+    }
+
+    void add(Values x, Values ya, Values yb)
+    {
+        std::array<double, PlotPairWalk::kMost> height;
+        for (std::size_t i = 0; i < x.size(); ++i)
+            height[i] = std::fabs(ya[i] - yb[i]);
+        m_sum.add(x.data(), height.data(), qsizetype(x.size()));
+        if (m_count == 0)
+            m_start = x.front();
+        m_end = x.back();
+        m_count += qsizetype(x.size());
+    }
+
+    /// Number of positions.
+    qsizetype count() const { return m_count; }
+
+    /// The area so far in parts of that of @p a or @p b.
+    double relativeTo(const PlotBase &a, const PlotBase &b) const
+    {
+        if (m_count < 2)
+            return 0.0;
+        const double areaA = detail::areaOf(PlotUtilities::abs(a), m_start, m_end);
+        const double areaB = detail::areaOf(PlotUtilities::abs(b), m_start, m_end);
+        if (std::fabs(areaA) > kPlotZero && std::fabs(areaB) > kPlotZero)
+            return m_sum.area() / std::min(areaA, areaB);
+        if (std::fabs(areaA) <= kPlotZero && std::fabs(areaB) <= kPlotZero)
+            return 0.0;
+        return m_sum.area() / std::max(areaA, areaB);
+    }
+
+private:
+    AreaSum m_sum;
+    qsizetype m_count = 0;
+    double m_start = 0.0;
+    double m_end = 0.0;
+};
+
+/// Gives what measure() makes of the area of error along @p walk, which adds nothing yet.
+template <typename Measure>
+auto withAreaOfError(const PlotPairWalk &walk, Measure measure)
+{
+    if (walk.isAscending())
+        return measure(AreaOfError(detail::areaSumOf<PlotBase>(walk.most())));
+    return measure(AreaOfError(detail::StoredArea<PlotBase>(walk.most())));
 }
 
-/// The points (x, height(a(x), b(x))) at the common positions.
-template <typename Height>
-PlotBase combined(const PlotBase &a, const PlotBase &b, Height height)
-{
-    PlotPairWalk walk(a, b);
-    PlotBase plot;
-    plot.points() = detail::listWithRoom<QPointF>(walk.most());
-    walk.forEach([&](Values x, Values ya, Values yb) { appendPoints(&plot, x, ya, yb, height); });
-    return plot;
-}
+// Pairs of values come in lists or along a walk, which takes two passes: `pass(visit)` is a
+// function that calls visit(x, y) with some values of either signal at a time until it had all.
 
-/// The relative area of error, from the magnitude of the difference.
-double relativeArea(const PlotBase &difference, const PlotBase &a, const PlotBase &b)
+/// By what the values are multiplied: powers of two, which leave their digits as they are.
+struct Scales
 {
-    const Points &points = difference.points();
-    if (points.size() < 2)
-        return 0.0;
-    const auto areaOf = [start = points.constFirst().x(), end = points.constLast().x()](
-                            const PlotBase &plot) {
-        // the companion's name for it is its own
-        constexpr auto method = PlotBase::ComputeAreaMethod(0);
-        return plot.computeAreaNoUnitConversion(start, end, false, method);
+    double x = 1.0;
+    double y = 1.0;
+};
+
+/// Takes magnitudes of 2 and more to below 2.
+template <typename Pass>
+Scales scalesOf(const Pass &pass)
+{
+    const auto largestOf = [](double largest, Values values) {
+        for (const double value : values)
+            largest = std::max(largest, std::fabs(value));
+        return largest;
     };
-    const double area = areaOf(difference);
-    const double areaA = areaOf(PlotUtilities::abs(a));
-    const double areaB = areaOf(PlotUtilities::abs(b));
-    if (std::fabs(areaA) > kPlotZero && std::fabs(areaB) > kPlotZero)
-        return area / std::min(areaA, areaB);
-    if (std::fabs(areaA) <= kPlotZero && std::fabs(areaB) <= kPlotZero)
-        return 0.0;
-    return area / std::max(areaA, areaB);
+    Scales largest{0.0, 0.0};
+    pass([&](Values x, Values y) { largest = {largestOf(largest.x, x), largestOf(largest.y, y)}; });
+    const auto scaleOf = [](double most) {
+        return std::ldexp(1.0, -std::max(0, std::ilogb(most)));
+    };
+    return {scaleOf(largest.x), scaleOf(largest.y)};
 }
 
-/// A power of two that takes magnitudes of 2 and more in @p values to below 2.
-double scaleOf(const QList<double> &values)
+/// Sums side by side, each in the order of the values.
+struct Sums
 {
-    double largest = 0.0;
-    for (const double value : values)
-        largest = std::max(largest, std::fabs(value));
-    return std::ldexp(1.0, -std::max(0, std::ilogb(largest)));
-}
+    double x = 0.0;
+    double y = 0.0;
+    qsizetype count = 0;
+
+    void add(Values valuesX, Values valuesY, Scales scales = {})
+    {
+        for (std::size_t i = 0; i < valuesX.size(); ++i) {
+            x += valuesX[i] * scales.x;
+            y += valuesY[i] * scales.y;
+        }
+        count += qsizetype(valuesX.size());
+    }
+};
 
 /// Sums of the products and squares of the deviations from the means.
 struct Deviations
@@ -106,28 +152,86 @@ struct Deviations
     double yy = 0.0;
 };
 
-/// Those of two lists of one size times a power of two each, which leaves the digits as they are.
-Deviations deviationsOf(
-    const QList<double> &x, const QList<double> &y, double scaleX, double scaleY)
+template <typename Pass>
+Deviations deviationsOf(const Pass &pass, const Sums &sums, Scales scales)
 {
-    // Sums side by side, each in the order of the list.
-    double sumX = 0.0;
-    double sumY = 0.0;
-    for (qsizetype i = 0; i < x.size(); ++i) {
-        sumX += x[i] * scaleX;
-        sumY += y[i] * scaleY;
+    const double meanX = sums.x / static_cast<double>(sums.count);
+    const double meanY = sums.y / static_cast<double>(sums.count);
+    Deviations deviations;
+    pass([&, scales](Values x, Values y) {
+        Deviations next = deviations; // of its own, so that it stays in registers
+        for (std::size_t i = 0; i < x.size(); ++i) {
+            const double dx = x[i] * scales.x - meanX;
+            const double dy = y[i] * scales.y - meanY;
+            next.xy += dx * dy;
+            next.xx += dx * dx;
+            next.yy += dy * dy;
+        }
+        deviations = next;
+    });
+    return deviations;
+}
+
+/// Pearson's correlation.
+/// @param sums  of all values
+template <typename Pass>
+double correlationOf(const Pass &pass, const Sums &sums)
+{
+    if (sums.count == 0)
+        return 0.0;
+    Scales scales;
+    Deviations deviations = deviationsOf(pass, sums, scales);
+    if (!std::isfinite(deviations.xx * deviations.yy)) { // beyond double: once more, scaled down
+        scales = scalesOf(pass);
+        Sums scaled;
+        pass([&](Values x, Values y) { scaled.add(x, y, scales); });
+        deviations = deviationsOf(pass, scaled, scales);
     }
-    const double meanX = sumX / static_cast<double>(x.size());
-    const double meanY = sumY / static_cast<double>(x.size());
-    Deviations sums;
-    for (qsizetype i = 0; i < x.size(); ++i) {
-        const double dx = x[i] * scaleX - meanX;
-        const double dy = y[i] * scaleY - meanY;
-        sums.xy += dx * dy;
-        sums.xx += dx * dx;
-        sums.yy += dy * dy;
-    }
-    return sums;
+    if (deviations.xx <= kPlotZero * scales.x * scales.x
+        || deviations.yy <= kPlotZero * scales.y * scales.y)
+        return 0.0;
+    return deviations.xy / std::sqrt(deviations.xx * deviations.yy);
+}
+
+/// The measures of plotSame().
+struct Measures
+{
+    double relativeAreaOfError;
+    double correlation;
+    qsizetype domainSize;
+};
+
+/// Goes along @p walk once for both measures, and a second time for the correlation alone. The
+/// values at the first positions are kept for that, so that only long signals pay for the second
+/// time; lists of all values would be the most memory that a comparison takes.
+template <typename AreaSum>
+Measures measuresOf(
+    PlotPairWalk *walk, AreaOfError<AreaSum> area, const PlotBase &a, const PlotBase &b)
+{
+    constexpr qsizetype kKept = 1 << 18; // twice 2 MB
+    const qsizetype room = std::min(walk->most(), kKept + qsizetype(PlotPairWalk::kMost));
+    auto first = detail::listWithRoom<double>(room);
+    auto second = detail::listWithRoom<double>(room);
+    Sums sums;
+    walk->forEach(
+        [&](Values x, Values ya, Values yb) {
+            area.add(x, ya, yb);
+            sums.add(ya, yb);
+            detail::append(&first, ya);
+            detail::append(&second, yb);
+        },
+        kKept);
+    const PlotPairWalk rest = *walk;
+    walk->forEach([&](Values x, Values ya, Values yb) {
+        area.add(x, ya, yb);
+        sums.add(ya, yb);
+    });
+    const auto pass = [&](auto visit) {
+        visit(first, second);
+        PlotPairWalk(rest).forEach([&](Values, Values ya, Values yb) { visit(ya, yb); });
+    };
+    const double correlation = correlationOf(pass, sums);
+    return {area.relativeTo(a, b), correlation, area.count()};
 }
 
 } // namespace
@@ -192,12 +296,25 @@ Result<QList<double>> mergeDomains(const PlotBase &a, const PlotBase &b, double)
 
 Result<PlotBase> subtract(const PlotBase &a, const PlotBase &b, double)
 {
-    return combined(a, b, std::minus());
+    PlotPairWalk walk(a, b);
+    PlotBase difference;
+    difference.points() = detail::listWithRoom<QPointF>(walk.most());
+    walk.forEach([&](Values x, Values ya, Values yb) {
+        std::array<QPointF, PlotPairWalk::kMost> points;
+        for (std::size_t i = 0; i < x.size(); ++i)
+            points[i] = QPointF(x[i], ya[i] - yb[i]);
+        detail::append(&difference.points(), std::span<const QPointF>(points).first(x.size()));
+    });
+    return difference;
 }
 
 Result<double> relativeAreaOfError(const PlotBase &a, const PlotBase &b, double)
 {
-    return relativeArea(combined(a, b, distance), a, b);
+    PlotPairWalk walk(a, b);
+    return withAreaOfError(walk, [&](auto area) {
+        walk.forEach([&](Values x, Values ya, Values yb) { area.add(x, ya, yb); });
+        return area.relativeTo(a, b);
+    });
 }
 
 Result<double> pearsonsCorrelation(const QList<double> &x, const QList<double> &y)
@@ -207,19 +324,9 @@ Result<double> pearsonsCorrelation(const QList<double> &x, const QList<double> &
             Error(ErrorCode::InvalidInput,
                 u"Cannot calculate correlation of different sized vectors."_s));
     }
-    if (x.isEmpty())
-        return 0.0;
-    double scaleX = 1.0;
-    double scaleY = 1.0;
-    Deviations sums = deviationsOf(x, y, scaleX, scaleY);
-    if (!std::isfinite(sums.xx * sums.yy)) { // beyond the range of double: once more, scaled down
-        scaleX = scaleOf(x);
-        scaleY = scaleOf(y);
-        sums = deviationsOf(x, y, scaleX, scaleY);
-    }
-    if (sums.xx <= kPlotZero * scaleX * scaleX || sums.yy <= kPlotZero * scaleY * scaleY)
-        return 0.0;
-    return sums.xy / std::sqrt(sums.xx * sums.yy);
+    Sums sums;
+    sums.add(x, y);
+    return correlationOf([&](auto visit) { visit(x, y); }, sums);
 }
 
 Result<double> pearsonsCorrelation(const PlotBase &a, const PlotBase &b)
@@ -251,19 +358,12 @@ Result<SignalVerdict> compareSignals(
     const bool isZeroA = isZeroPlot(a);
     const bool isZeroB = isZeroPlot(b);
     PlotPairWalk walk(a, b); // one for both measures
-    PlotBase difference;
-    difference.points() = detail::listWithRoom<QPointF>(walk.most());
-    auto first = detail::listWithRoom<double>(walk.most());
-    auto second = detail::listWithRoom<double>(walk.most());
-    walk.forEach([&](Values x, Values ya, Values yb) {
-        appendPoints(&difference, x, ya, yb, distance);
-        detail::append(&first, ya);
-        detail::append(&second, yb);
-    });
+    const Measures measures =
+        withAreaOfError(walk, [&](auto area) { return measuresOf(&walk, std::move(area), a, b); });
     SignalVerdict verdict;
-    verdict.relativeAreaOfError = relativeArea(difference, a, b);
-    verdict.correlation = pearsonsCorrelation(first, second).value();
-    verdict.domainSize = first.size();
+    verdict.relativeAreaOfError = measures.relativeAreaOfError;
+    verdict.correlation = measures.correlation;
+    verdict.domainSize = measures.domainSize;
     verdict.overlapStart = kNaN;
     verdict.overlapEnd = kNaN;
     if (!a.points().isEmpty() && !b.points().isEmpty()) {

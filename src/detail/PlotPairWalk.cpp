@@ -1,5 +1,6 @@
 #include "detail/PlotPairWalk.h"
 
+#include "detail/Lists.h"
 #include "detail/PlotThresholds.h"
 
 #include <algorithm>
@@ -19,11 +20,11 @@ bool isBefore(double p, double q)
     return p < q || (std::isnan(q) && !std::isnan(p));
 }
 
-/// Ascending and finite, so that nothing computed from the positions is NaN.
-bool isAscending(const Points &points)
+/// True for points, one at least, that are ascending and finite, so that nothing computed from the
+/// positions is NaN.
+bool ascends(const Points &points)
 {
-    bool result = points.isEmpty()
-        || (std::isfinite(points.constFirst().x()) && std::isfinite(points.constLast().x()));
+    bool result = std::isfinite(points.constFirst().x()) && std::isfinite(points.constLast().x());
     for (qsizetype i = 1; i < points.size() && result; ++i)
         result = points[i - 1].x() <= points[i].x(); // false for NaN
     return result;
@@ -98,55 +99,57 @@ double medianGap(const Points &points)
 PlotPairWalk::PlotPairWalk(const PlotBase &a, const PlotBase &b)
     : m_a(a)
     , m_b(b)
-    , m_isAscending(isAscending(a.points()) && isAscending(b.points()))
+    , m_isAscending(!a.points().isEmpty() && !b.points().isEmpty() && ascends(a.points())
+          && ascends(b.points()))
     , m_tolerance(kSamePosition)
     , m_last(std::numeric_limits<double>::quiet_NaN()) // so the first position is kept
 {
     const bool isPair = !a.points().isEmpty() && !b.points().isEmpty();
+    m_others = listWithRoom<double>(m_isAscending ? 4 : most());
     if (isPair)
-        m_others = positionsBesides(a.points(), b.points());
+        append<double>(&m_others, positionsBesides(a.points(), b.points()));
     else
         m_tolerance = 0.0; // Deliberate: the positions of one signal alone stay as they stand
     if (m_isAscending) {
         m_first = {a.points().constData(), std::size_t(a.points().size())};
         m_second = {b.points().constData(), std::size_t(b.points().size())};
     } else {
-        m_others.reserve(std::size_t(most()));
         for (const Points *points : {&a.points(), &b.points()}) {
             for (const QPointF &point : *points)
-                m_others.push_back(point.x());
+                m_others.append(point.x());
         }
         if (isPair)
             std::sort(m_others.begin(), m_others.end(), isBefore);
     }
-    m_third = m_others;
 }
 
 PlotPairWalk::Values PlotPairWalk::next()
 {
-    double *kept = m_positions.data();
-    double *const full = kept + kMost - 4; // beyond it is room for four of m_others
+    std::size_t kept = 0;
+    constexpr std::size_t kFull = kMost - 4; // beyond it is room for four of m_others
     double last = m_last;
     const double tolerance = m_tolerance;
+    const double *r = m_others.constData() + m_othersTaken;
+    const double *const rEnd = m_others.constData() + m_others.size();
+    const QPointF *p = m_first.data();
+    const QPointF *q = m_second.data();
+    const QPointF *const pEnd = p + m_first.size();
+    const QPointF *const qEnd = q + m_second.size();
     const auto keep = [&](double x) { // as removeCloseValues() does; nothing jumps
         const bool isKept = !(std::fabs(x - last) < tolerance);
-        *kept = x;
+        m_positions[kept] = x;
+        m_nextA[kept] = p; // all before it are below x: one as high would have dropped x
+        m_nextB[kept] = q;
         kept += isKept;
         last = isKept ? x : last;
     };
-    const double *r = m_third.data();
-    const double *const rEnd = r + m_third.size();
     const auto take = [&](double x) {
         while (r != rEnd && *r < x)
             keep(*r++);
         keep(x);
     };
-    const QPointF *p = m_first.data();
-    const QPointF *q = m_second.data();
-    const QPointF *const pEnd = p + m_first.size();
-    const QPointF *const qEnd = q + m_second.size();
     for (;;) { // as many steps at a time as can be done without a look at the ends
-        const auto steps = std::min({full - kept, pEnd - p, qEnd - q});
+        const auto steps = std::min({std::ptrdiff_t(kFull - kept), pEnd - p, qEnd - q});
         if (steps <= 0)
             break;
         for (auto step = steps; step > 0; --step) {
@@ -157,22 +160,22 @@ PlotPairWalk::Values PlotPairWalk::next()
         }
     }
     if (q == qEnd) {
-        for (; p != pEnd && kept < full; ++p)
+        for (; p != pEnd && kept < kFull; ++p)
             take(p->x());
     }
     if (p == pEnd) {
-        for (; q != qEnd && kept < full; ++q)
+        for (; q != qEnd && kept < kFull; ++q)
             take(q->x());
     }
     if (p == pEnd && q == qEnd) {
-        while (r != rEnd && kept < full)
+        while (r != rEnd && kept < kFull)
             keep(*r++);
     }
     m_first = {p, pEnd};
     m_second = {q, qEnd};
-    m_third = {r, rEnd};
+    m_othersTaken = r - m_others.constData();
     m_last = last;
-    return {m_positions.data(), kept};
+    return Values(m_positions).first(kept);
 }
 
 } // namespace vex::detail

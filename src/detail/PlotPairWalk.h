@@ -6,8 +6,8 @@
 #include <QPointF>
 
 #include <array>
+#include <limits>
 #include <span>
-#include <vector>
 
 namespace vex::detail {
 
@@ -25,8 +25,9 @@ public:
     static constexpr std::size_t kMost = 256 + 4;
 
     PlotPairWalk(const PlotBase &a, const PlotBase &b);
-    PlotPairWalk(const PlotPairWalk &) = delete;
-    PlotPairWalk &operator=(const PlotPairWalk &) = delete;
+
+    /// True where both signals ascend and neither is empty: the positions ascend and are finite.
+    bool isAscending() const { return m_isAscending; }
 
     /// As many positions as there can be in all.
     qsizetype most() const { return m_a.points().size() + m_b.points().size() + 4; }
@@ -34,26 +35,31 @@ public:
     /// The next positions, none at the end; valid until the next call.
     Values next();
 
-    /// Calls visit(x, a(x), b(x)) for all that is left, with as many positions at a time as next()
-    /// gives.
+    /// Calls visit(x, a(x), b(x)) for what is left, with as many positions at a time as next()
+    /// gives. Ends early once there were @p enough; a copy of the walk goes on from there as well.
     template <typename Visitor>
-    void forEach(Visitor visit)
+    void forEach(Visitor visit, qsizetype enough = std::numeric_limits<qsizetype>::max())
     {
         if (m_isAscending)
-            evaluate<PairCursorOf<PlotBase>::Type>(visit);
+            evaluate<PairValuesOf<PlotBase>::Type>(visit, enough);
         else
-            evaluate<PointByPoint<PlotBase>>(visit);
+            evaluate<PointByPoint<PlotBase>>(visit, enough);
     }
 
 private:
-    template <typename Cursor, typename Visitor>
-    void evaluate(Visitor &visit)
+    template <typename PairValues, typename Visitor>
+    void evaluate(Visitor &visit, qsizetype enough)
     {
-        Cursor cursor(m_a, m_b);
+        const PairValues values(m_a, m_b);
         std::array<double, kMost> ya;
         std::array<double, kMost> yb;
-        for (Values x = next(); !x.empty(); x = next()) {
-            cursor.evaluate(x.data(), ya.data(), yb.data(), qsizetype(x.size()));
+        for (qsizetype done = 0; done < enough;) {
+            const Values x = next();
+            if (x.empty())
+                break;
+            done += qsizetype(x.size());
+            values.evaluate(x.data(), m_nextA.data(), m_nextB.data(), ya.data(), yb.data(),
+                qsizetype(x.size()));
             visit(x, Values(ya).first(x.size()), Values(yb).first(x.size()));
         }
     }
@@ -64,11 +70,14 @@ private:
     // Three ascending runs that next() merges, and what it keeps of them.
     std::span<const QPointF> m_first;
     std::span<const QPointF> m_second;
-    std::vector<double> m_others; // positions beyond the ends; all where a signal does not ascend
-    std::span<const double> m_third; // what is left of them
+    QList<double> m_others; // positions beyond the ends; all where a signal does not ascend
+    qsizetype m_othersTaken = 0;
     double m_tolerance;
     double m_last;
     std::array<double, kMost> m_positions;
+    // For each position the first sample of either signal that is not below it, where both ascend.
+    std::array<const QPointF *, kMost> m_nextA;
+    std::array<const QPointF *, kMost> m_nextB;
 };
 
 } // namespace vex::detail

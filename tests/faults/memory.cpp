@@ -79,5 +79,20 @@ int main()
         std::printf("%s: %d answers, %d without memory\n", name, answers, refusals);
         isGood = isGood && answers > 0 && refusals > 0;
     }
+    // Long signals need the 4 MB of values that are kept, and nothing for each position.
+    vex::PlotBase long1;
+    vex::PlotBase long2;
+    for (int i = 0; i < 400000; ++i) {
+        long1.points().append({0.25 * i, 0.0 + i % 7});
+        long2.points().append({0.25 * i + 0.125, 0.0 + i % 6});
+    }
+    allow(6000000);
+    try {
+        std::ignore = compareSignals(long1, long2, 1.0, 0.0);
+        std::ignore = relativeAreaOfError(long1, long2, 0.0);
+    } catch (const std::bad_alloc &) {
+        std::puts("long signals: no answer");
+        isGood = false;
+    }
     return isGood ? 0 : 1;
 }

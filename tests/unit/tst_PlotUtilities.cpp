@@ -132,6 +132,31 @@ private Q_SLOTS:
         }
     }
 
+    /// Of so many positions the last values are computed twice.
+    void measuresOfLongSignals()
+    {
+        QRandomGenerator random(3);
+        for (const double direction : {1.0, -1.0}) { // of b
+            PlotBase a;
+            PlotBase b;
+            for (int i = 0; i < 140000; ++i) {
+                const auto y = [&, i] { return std::sin(1e-4 * i) + random.generateDouble(); };
+                a.points().append({i + random.generateDouble(), y()});
+                b.points().append({direction * (i + random.generateDouble()), y()});
+            }
+            const auto verdict = PlotUtilities::compareSignals(a, b, kInf, -2.0).value();
+            QCOMPARE(verdict.domainSize, plain::mergeDomains(a, b)->size());
+            QVERIFY(verdict.relativeAreaOfError == *plain::relativeAreaOfError(a, b));
+            QVERIFY(verdict.correlation == *plain::pearsonsCorrelation(a, b));
+            // Beyond where squares have a value; all other values vanish beside the first one.
+            a.points().front().setY(0x1p450);
+            const auto expected = plain::pearsonsCorrelation(a, b);
+            a.points().front().setY(0x1p1000);
+            QVERIFY(
+                PlotUtilities::compareSignals(a, b, kInf, -2.0).value().correlation == *expected);
+        }
+    }
+
     void intervalsOfLongSignals()
     {
         // random gaps; equal ones; long ones where the sample looks; descending; some NaN
@@ -229,6 +254,11 @@ private Q_SLOTS:
         QCOMPARE(areaOf(wide, -kInf, kInf), 0x1p23);
         const auto difference = PlotUtilities::subtract(steep, plotOf({{0, 0}, {2, 1}, {4, 0}}), 0);
         QCOMPARE(difference.value().evaluate(2.0, 1, 0), -1.0);
+        const auto inside = PlotUtilities::subtract(wide, plotOf({{0x1p1022, 0}}), 0);
+        QVERIFY(inside.value().evaluate(0x1p1022, 1, 0) == 0x1.8p-1001);
+        const PlotBase high = plotOf({{0, 1e308}, {0.125, 1e308}});
+        const PlotBase low = plotOf({{0, -0.5e308}, {0.125, -0.5e308}});
+        QCOMPARE(PlotUtilities::relativeAreaOfError(high, low, 0.0).value(), 3.0);
     }
 };
 

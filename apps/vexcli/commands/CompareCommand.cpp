@@ -36,7 +36,13 @@ struct Comparison
     XUnit unit;
     QList<SignalFile> files; // two
     SignalVerdict verdict;
-    vex::PlotBase difference; // only where it is asked for
+
+    /// The error for an answer that the library does not give.
+    vex::Error problem(const vex::Error &reason) const
+    {
+        return failure(u"%1 and %2 cannot be compared: %3"_s.arg(
+            files[0].name, files[1].name, reason.message()));
+    }
 };
 
 vex::Error readLimits(const CommandLine &commandLine, Comparison *comparison)
@@ -59,29 +65,17 @@ vex::Error readLimits(const CommandLine &commandLine, Comparison *comparison)
     return vex::ErrorCode::NoError;
 }
 
-vex::Error compare(bool needsDifference, Comparison *comparison)
+vex::Error compare(Comparison *comparison)
 {
-    const vex::PlotBase &a = comparison->files[0].signal;
-    const vex::PlotBase &b = comparison->files[1].signal;
-    const auto problem = [&](const QString &reason) {
-        return failure(u"%1 and %2 cannot be compared: %3"_s.arg(
-            comparison->files[0].name, comparison->files[1].name, reason));
-    };
-    auto verdict =
-        vex::PlotUtilities::compareSignals(a, b, comparison->maxArea, comparison->minCorrelation);
+    auto verdict = vex::PlotUtilities::compareSignals(comparison->files[0].signal,
+        comparison->files[1].signal, comparison->maxArea, comparison->minCorrelation);
     if (verdict.hasError())
-        return problem(verdict.error().message());
+        return comparison->problem(verdict.error());
     comparison->verdict = verdict.value();
     if (std::isnan(comparison->verdict.relativeAreaOfError)
         || std::isnan(comparison->verdict.correlation))
         warn(
             u"the intensities are too large: a measure without a value counts as within its limit"_s);
-    if (!needsDifference)
-        return vex::ErrorCode::NoError;
-    auto difference = vex::PlotUtilities::subtract(a, b, 0.0);
-    if (difference.hasError())
-        return problem(difference.error().message());
-    comparison->difference = std::move(difference).value();
     return vex::ErrorCode::NoError;
 }
 
@@ -171,22 +165,32 @@ public:
         return jsonText(object);
     }
 
-    void writeCsv(Output *output) const
+    /// Needs the positions at once, 8 bytes each, and nothing else.
+    vex::Error writeCsv(Output *output) const
     {
+        const auto domain = vex::PlotUtilities::mergeDomains(signal(0), signal(1), 0.0);
+        if (domain.hasError())
+            return m_comparison->problem(domain.error());
         output->write("x,a,b,difference\n");
-        const QList<QPointF> &points = m_comparison->difference.points();
-        Progress progress(u"writing"_s, points.size());
-        for (qsizetype i = 0; i < points.size() && !isInterrupted(); ++i) {
-            const double x = points[i].x();
-            output->write((exactNumber(x) + u',' + exactNumber(valueAt(0, x)) + u','
-                + exactNumber(valueAt(1, x)) + u',' + exactNumber(points[i].y()) + u'\n')
+        const QList<double> &positions = domain.value();
+        Progress progress(u"writing"_s, positions.size());
+        for (qsizetype i = 0; i < positions.size() && !isInterrupted(); ++i) {
+            const double x = positions[i];
+            const double a = signal(0).evaluate(x, 1, 0);
+            const double b = signal(1).evaluate(x, 1, 0);
+            output->write((exactNumber(x) + u',' + exactNumber(a) + u',' + exactNumber(b) + u','
+                + exactNumber(a - b) + u'\n')
                               .toLatin1());
             progress.update(i);
         }
+        return vex::ErrorCode::NoError;
     }
 
     vex::Result<QByteArray> plot(const QString &path) const
     {
+        const auto difference = vex::PlotUtilities::subtract(signal(0), signal(1), 0.0);
+        if (difference.hasError())
+            return m_comparison->problem(difference.error());
         const auto curve = [this](QChar letter, qsizetype i) {
             const SignalFile &file = m_comparison->files[i];
             return PlottedCurve{
@@ -202,7 +206,7 @@ public:
             {{isCounted() ? u"intensity / counts"_s : u"relative intensity"_s,
                  {curve(u'A', 0), curve(u'B', 1)}, {}},
                 {isCounted() ? u"A \u2212 B / counts"_s : u"A \u2212 B"_s,
-                    {{QString(), m_comparison->difference.points()}}, {}}}));
+                    {{QString(), difference.value().points()}}, {}}}));
     }
 
 private:
@@ -217,10 +221,7 @@ private:
             exactNumber(range.start) + " to "_L1 + exactNumber(range.end));
     }
 
-    double valueAt(qsizetype i, double x) const
-    {
-        return m_comparison->files[i].signal.evaluate(x, 1, 0);
-    }
+    const vex::PlotBase &signal(qsizetype i) const { return m_comparison->files[i].signal; }
 
     bool hasOverlap() const
     {
@@ -280,12 +281,13 @@ vex::Error run(const CommandLine &commandLine, Results *results)
         return passedOn(std::move(unit).error());
     comparison->unit = unit.value();
     const QString plotFile = commandLine.plotFile();
-    if (auto error = compare(results->file() || !plotFile.isEmpty(), comparison.get());
-        error.hasError())
+    if (auto error = compare(comparison.get()); error.hasError())
         return passedOn(std::move(error));
     const Report report(comparison);
-    if (results->file())
-        report.writeCsv(results->file());
+    if (results->file()) {
+        if (auto error = report.writeCsv(results->file()); error.hasError())
+            return passedOn(std::move(error));
+    }
     if (!plotFile.isEmpty())
         results->addPlot(plotFile, [report](const QString &path) { return report.plot(path); });
     results->print(commandLine.isJson() ? report.asJson() : report.asText());

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <tuple>
-#include <utility>
 
 namespace vex {
 
@@ -89,55 +87,55 @@ double PlotBase::evaluate(double x, int, int) const
     return lineBetween(*(right - 1), *right, x);
 }
 
-PlotBase::PairCursor::PairCursor(const PlotBase &a, const PlotBase &b)
-    : m_a(a.points())
-    , m_b(b.points())
-{
-}
-
-PlotBase::PairCursor::Place::Place(const QList<QPointF> &points)
-    : next(points.constData())
-    , begin(next)
-    , end(next + points.size())
+PlotBase::PairValues::Samples::Samples(const QList<QPointF> &points)
+    : begin(points.constData())
+    , end(begin + points.size())
 {
 }
 
 template <typename Line>
-double PlotBase::PairCursor::Place::goTo(double x, Line line)
+double PlotBase::PairValues::Samples::valueAt(double x, const QPointF *next, Line line) const
 {
-    // Mostly one step or none: the first is taken without a jump.
-    next += next != end && next->x() < x;
-    while (next != end && next->x() < x)
-        ++next;
     if (next == end)
         return 0.0;
-    if (next == begin)
-        return next->x() == x ? next->y() : 0.0;
-    const double between = line(next[-1], *next, x);
-    return next->x() == x ? next->y() : between;
+    if (next->x() == x)
+        return next->y();
+    return next == begin ? 0.0 : line(next[-1], *next, x);
 }
 
-void PlotBase::PairCursor::evaluate(const double *x, double *ya, double *yb, qsizetype count)
+PlotBase::PairValues::PairValues(const PlotBase &a, const PlotBase &b)
+    : m_samples{Samples(a.points()), Samples(b.points())}
 {
-    const auto evaluateAll = [&](Place a, Place b, auto line) {
+}
+
+void PlotBase::PairValues::evaluate(const double *x, const QPointF *const *nextA,
+    const QPointF *const *nextB, double *ya, double *yb, qsizetype count) const
+{
+    double *const y[] = {ya, yb};
+    const auto evaluateAll = [&](auto line) {
         for (qsizetype i = 0; i < count; ++i) {
-            ya[i] = a.goTo(x[i], line);
-            yb[i] = b.goTo(x[i], line);
+            const QPointF *const next[] = {nextA[i], nextB[i]};
+            // The signal whose sample comes first has it at the position itself, as a rule, and the
+            // other one a line. Told apart before, each goes its way in every round: the processor
+            // guesses right, and divides once.
+            const std::size_t first = !m_samples[0].isEnd(next[0]) && !m_samples[1].isEnd(next[1])
+                ? next[1]->x() < next[0]->x()
+                : m_samples[0].isEnd(next[0]);
+            const std::size_t second = 1 - first;
+            y[first][i] = m_samples[first].valueAt(x[i], next[first], line);
+            y[second][i] = m_samples[second].valueAt(x[i], next[second], line);
         }
-        return std::pair(a, b);
     };
     // Mostly nothing is beyond the range of double: whether so is seen afterwards.
     double reach = 0.0;
-    const auto shortLine = [&reach](const QPointF &left, const QPointF &right, double position) {
+    evaluateAll([&reach](const QPointF &left, const QPointF &right, double position) {
         const double width = right.x() - left.x();
         const double rise = right.y() - left.y();
         reach += width + std::fabs(rise);
         return left.y() + rise * ((position - left.x()) / width);
-    };
-    const auto places = evaluateAll(m_a, m_b, shortLine);
+    });
     if (!std::isfinite(reach))
-        evaluateAll(m_a, m_b, lineBetween);
-    std::tie(m_a, m_b) = places;
+        evaluateAll(lineBetween);
 }
 
 double PlotBase::computeAreaNoUnitConversion(
@@ -151,6 +149,24 @@ double PlotBase::computeAreaNoUnitConversion(
         return 0.0;
     const double area = areaBetween<trapezoid>(m_points, start, end);
     return std::isfinite(area) ? area : areaBetween<largeTrapezoid>(m_points, start, end);
+}
+
+void PlotBase::AreaSum::add(const double *x, const double *y, qsizetype count)
+{
+    if (count == 0)
+        return;
+    const auto sumOf = [&](auto piece) {
+        double area = m_isBegun ? m_area + piece(m_lastX, x[0], m_lastY, y[0]) : 0.0;
+        for (qsizetype i = 1; i < count; ++i)
+            area += piece(x[i - 1], x[i], y[i - 1], y[i]);
+        return area;
+    };
+    // A sum that is finite has no piece for which the other form gives anything else.
+    const double area = sumOf(trapezoid);
+    m_area = std::isfinite(area) ? area : sumOf(largeTrapezoid);
+    m_isBegun = true;
+    m_lastX = x[count - 1];
+    m_lastY = y[count - 1];
 }
 
 QPointF PlotBase::getMaxTimeIntensity(double start, double end) const

@@ -3,6 +3,8 @@
 #include <QList>
 #include <QPointF>
 
+#include <array>
+
 #include <vex_common_stable/Export.h>
 
 namespace vex {
@@ -45,37 +47,39 @@ public:
     /// @param outside        0, zero outside; no other is known
     double evaluate(double x, int interpolation, int outside) const;
 
-    /// Gives the values of two signals, those of evaluate(x, 1, 0), at many positions in ascending
-    /// order: it goes along the samples instead of searching for each position.
+    /// Gives the values of two signals, those of evaluate(x, 1, 0), at many positions whose places
+    /// among the samples are known: nothing is searched for.
     ///
-    /// Both signals ascend, outlive the cursor and stay as they are.
-    class VEX_COMMON_STABLE_EXPORT PairCursor
+    /// Both signals ascend, outlive the object and stay as they are.
+    class VEX_COMMON_STABLE_EXPORT PairValues
     {
     public:
-        /// Stands before the first samples.
-        PairCursor(const PlotBase &a, const PlotBase &b);
+        /// Of two signals.
+        PairValues(const PlotBase &a, const PlotBase &b);
 
-        /// Writes the values at @p x.
+        /// Writes the values at @p x. Fastest where most positions are samples of a signal.
         ///
-        /// @param x      ascending, none below an earlier one of this cursor, none NaN
-        /// @param ya,yb  replaced, of the first and of the second signal
-        /// @param count  number of positions
-        void evaluate(const double *x, double *ya, double *yb, qsizetype count);
+        /// @param x             none NaN
+        /// @param nextA, nextB  the first sample of each signal that is not below the position; the
+        ///                      end of its samples when there is none
+        /// @param ya, yb        replaced, of the first and of the second signal
+        /// @param count         number of positions
+        void evaluate(const double *x, const QPointF *const *nextA, const QPointF *const *nextB,
+            double *ya, double *yb, qsizetype count) const;
 
     private:
-        struct Place
+        struct Samples
         {
-            explicit Place(const QList<QPointF> &points);
+            explicit Samples(const QList<QPointF> &points);
+            bool isEnd(const QPointF *next) const { return next == end; }
             template <typename Line>
-            double goTo(double x, Line line);
+            double valueAt(double x, const QPointF *next, Line line) const;
 
-            const QPointF *next; // the first sample that is not below the last position
             const QPointF *begin;
             const QPointF *end;
         };
 
-        Place m_a;
-        Place m_b;
+        std::array<Samples, 2> m_samples;
     };
 
     /// The integral of the signal from @p start to @p end, in units of x times units of y; 0 for an
@@ -88,6 +92,27 @@ public:
     /// @param method          Trapezoid
     double computeAreaNoUnitConversion(
         double start, double end, bool convertsUnits, ComputeAreaMethod method) const;
+
+    /// Adds up the area under points that come some at a time and are not kept: to the last bit
+    /// what computeAreaNoUnitConversion() gives for all of them, from the first to the last one.
+    class VEX_COMMON_STABLE_EXPORT AreaSum
+    {
+    public:
+        /// Goes on from the last point before, if any.
+        ///
+        /// @param x, y   points; each x is finite and above the one before
+        /// @param count  number of points
+        void add(const double *x, const double *y, qsizetype count);
+
+        /// The area so far; 0 for fewer than two points.
+        double area() const { return m_area; }
+
+    private:
+        bool m_isBegun = false;
+        double m_lastX = 0.0;
+        double m_lastY = 0.0;
+        double m_area = 0.0;
+    };
 
     /// The sample of greatest y among those with start <= x <= end, the first of equals.
     ///
