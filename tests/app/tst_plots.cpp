@@ -188,6 +188,37 @@ private Q_SLOTS:
         QCOMPARE(colours.size(), 12 + 1);
     }
 
+    void sticksStandAtTheirPlaces()
+    {
+        const QList<QPointF> peaks{{100.0, 1.0}, {101.0, 4.0}, {103.0, 2.0}};
+        const Picture svg = pictureOf(drawCurves(u"x.svg"_s, u"t"_s, u"m/z"_s,
+            {{u"y"_s,
+                {{u"a"_s, peaks, PlottedCurve::Sticks}, {u"b"_s, peaks, PlottedCurve::Line},
+                    {u"c"_s, peaks, PlottedCurve::Sticks}},
+                {}}}));
+        const QList<double> grid = gridOf(svg); // at 0, 1, ... 4
+        QCOMPARE(grid.size(), 5);
+        double left = 1e9; // where the horizontal lines begin
+        for (const QPointF &end : svg.points.value(u"polyline #e0e0e0"_s))
+            left = std::min(left, end.x());
+        const QList<QPointF> ends = svg.points.value(u"polyline #0072b2"_s); // by segments
+        QList<QPointF> tops;
+        for (const QPointF &end : ends) {
+            if (end.y() < grid[0] - 1.0 && (tops.isEmpty() || tops.last() != end))
+                tops.append(end);
+            QVERIFY(end.y() < grid[0] - 1.0 || end.y() > grid[0] + 5.0); // nothing along the axis
+        }
+        QCOMPARE(tops.size(), 3);
+        const double unit = tops[1].x() - tops[0].x();
+        QVERIFY(std::fabs(tops[2].x() - tops[1].x() - 2.0 * unit) < 0.1);
+        QVERIFY(tops[0].x() - left > 0.05 * unit);
+        for (const auto &[top, line] : {std::pair(0, 1), {1, 4}, {2, 2}})
+            QVERIFY(std::fabs(tops[top].y() - grid[line]) < 1.0);
+        QVERIFY(svg.shapes.contains(u"polyline #009e73"_s)); // no curve has the colour of a dot
+        QVERIFY(svg.shapes.contains(u"polyline #cc79a7"_s));
+        QVERIFY(!svg.shapes.contains(u"polyline #d55e00"_s));
+    }
+
     void thinnedCurvesKeepTheirExtremes()
     {
         QList<QPointF> points;
