@@ -191,24 +191,6 @@ vex::Error runCommand(const Command &command, const QStringList &arguments)
         return passedOn(std::move(application).error());
     if (isHelp)
         return passedOn(printAll(commandLine.helpText()));
-    const auto work = [run, &command]() -> vex::Error {
-        if (auto error = open(run.get()); error.hasError())
-            return passedOn(std::move(error));
-        auto error = command.run(run->commandLine, run->results.get());
-        if (error.hasError() && !isInterrupted())
-            return passedOn(std::move(error));
-        if (command.isIrreversible)
-            return passedOn(std::move(error));
-        for (const auto &output : run->outputs()) { // none shall appear when another cannot
-            if (auto problem = output->check(); problem.hasError())
-                return passedOn(std::move(problem));
-        }
-        return error.hasError() || !isInterrupted() ? passedOn(std::move(error)) : interrupted();
-    };
-    if (auto error = inBackground(run.get(), work, command.isIrreversible); error.hasError())
-        return passedOn(std::move(error));
-    if (auto error = draw(run.get()); error.hasError())
-        return passedOn(std::move(error));
     const auto commit = [run, &command]() -> vex::Error {
         vex::Error verdict = run->results->verdict();
         for (const auto &output : run->outputs()) {
@@ -222,8 +204,31 @@ vex::Error runCommand(const Command &command, const QStringList &arguments)
         }
         return verdict;
     };
-    if (auto error = inBackground(run.get(), commit, command.isIrreversible); error.hasError())
+    const auto work = [run, &command, commit]() -> vex::Error {
+        if (auto error = open(run.get()); error.hasError())
+            return passedOn(std::move(error));
+        auto error = command.run(run->commandLine, run->results.get());
+        if (error.hasError() && (command.isIrreversible || !isInterrupted()))
+            return passedOn(std::move(error));
+        if (!command.isIrreversible) {
+            for (const auto &output : run->outputs()) { // none shall appear when another cannot
+                if (auto problem = output->check(); problem.hasError())
+                    return passedOn(std::move(problem));
+            }
+            if (isInterrupted())
+                return error.hasError() ? passedOn(std::move(error)) : interrupted();
+        }
+        // pictures come first, and are drawn by the main thread
+        return run->results->plots().empty() ? commit() : vex::Error(vex::ErrorCode::NoError);
+    };
+    if (auto error = inBackground(run.get(), work, command.isIrreversible); error.hasError())
         return passedOn(std::move(error));
+    if (!run->results->plots().empty()) {
+        if (auto error = draw(run.get()); error.hasError())
+            return passedOn(std::move(error));
+        if (auto error = inBackground(run.get(), commit, command.isIrreversible); error.hasError())
+            return passedOn(std::move(error));
+    }
     if (run->results->ending() != nullptr)
         run->results->ending()();
     return vex::ErrorCode::NoError;
