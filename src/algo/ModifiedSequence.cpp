@@ -139,10 +139,10 @@ public:
                 continue;
             const QStringView rest = text.sliced(prefix.size());
             position += prefix.size();
-            if (rest.startsWith(u'+') || rest.startsWith(u'-'))
+            if (rest.startsWith(u'+') || rest.startsWith(u'-') || prefix == u"Obs:")
                 return readMass(rest, position, tag);
-            return prefix.size() > 2 ? readNumber(rest, position, tag)
-                                     : readName(rest, position, tag);
+            return prefix == u"U:" ? readName(rest, position, tag)
+                                   : readNumber(rest, position, tag);
         }
         for (const QStringView prefix : {u"MOD:", u"M:", u"RESID:", u"R:", u"XLMOD:", u"X:",
                  u"GNO:", u"G:", u"Glycan:", u"C:", u"Info:"}) {
@@ -308,15 +308,16 @@ private:
     /// "+15.9949"; digits with a point between them or none, nothing else.
     bool readMass(QStringView text, qsizetype position, Tag *tag)
     {
-        const QStringView digits = text.sliced(1);
+        const QStringView digits = text.sliced(std::min(text.size(), qsizetype(1)));
         const auto isDigitOrPoint = [](QChar character) {
             return (character >= u'0' && character <= u'9') || character == u'.';
         };
         bool isNumber =
             !digits.isEmpty() && std::all_of(digits.begin(), digits.end(), isDigitOrPoint);
         const double size = isNumber ? digits.toDouble(&isNumber) : 0.0;
-        if (!isNumber)
-            return fail(position, u"has %1, which is no mass in daltons"_s.arg(quoted(text)));
+        if (!isNumber || !(text.front() == u'+' || text.front() == u'-'))
+            return fail(
+                position, u"has %1, which is no mass in daltons, as +15.9949"_s.arg(quoted(text)));
         if (!(size <= kLargestShift))
             return fail(position, u"has a mass of %1, which is too large"_s.arg(quoted(text)));
         tag->isMass = true;

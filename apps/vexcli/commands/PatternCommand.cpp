@@ -42,8 +42,10 @@ void declare(CommandLine *commandLine)
         "are a mixture, and the weights are amounts of substance, such as moles.\n"
         "Residues of a FASTA file are capitals; a few small letters among capitals are refused, "
         "since they mark a modification. U and O are counted with their own atoms.\n"
-        "The classic model holds 100 peaks, which is all of the signal up to about 100 kDa. Its "
-        "peaks of a protein are right to 3 % of the highest one, those of --model list to 1 %."_s);
+        "The classic model holds 100 peaks, which is all of the signal up to about 100 kDa. With a "
+        "protein's own composition (--model classic) its peaks are right to 3 % of the highest "
+        "one, "
+        "those of --model list to 1 %."_s);
     commandLine->addPositional(u"M"_s, u"Average masses in Da."_s, u"[M...]"_s);
     addMolecularPatternOptions(commandLine);
     commandLine->addRepeatableOption({u"mass"_s}, u"Average mass in Da, as M."_s, u"M"_s);
