@@ -1,6 +1,7 @@
 #include "Harness.h"
 #include "Kernels.h"
 #include "PlainDistribution.h"
+#include "PlainListModel.h"
 
 #include <vex/AveragineIsotopeDistribution.h>
 #include <vex/AveragineIsotopeModel.h>
@@ -8,7 +9,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <random>
 
 using namespace Qt::StringLiterals;
@@ -153,17 +156,22 @@ void addLookUps()
     add("look-up, nearest pattern", Nearest{}, 1.7);
 }
 
-/// The list-based model next to the classic one: at most three times as slow for as many peaks.
-void addListModel()
+vex::MolecularFormula averagine()
 {
     vex::MolecularFormula formula;
     using Type = vex::MolecularFormula::AtomType;
     formula.setMolecularFormula({{Type::C, 4.9384}, {Type::H, 7.7583}, {Type::N, 1.3577},
         {Type::O, 1.4773}, {Type::S, 0.0417}});
+    return formula;
+}
+
+/// The list-based model next to the classic one: at most three times as slow for as many peaks.
+void addListModel()
+{
     for (const double mass : {1e3, 1e4, 2.5e4, 5e4, 1e5}) {
         for (const bench::KernelCase &kernel : bench::kernels()) {
             const auto add = [&](const std::string &name, auto model) {
-                std::ignore = model.init(formula);
+                std::ignore = model.init(averagine());
                 benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State &state) {
                     vex::detail::setActiveKernel(kernel.kernel);
                     QList<double> intensities;
@@ -177,6 +185,56 @@ void addListModel()
             add("classic/" + name, vex::AveragineIsotopeModel());
             add("list/" + name, vex::AveragineIsotopeModelRefactored(100));
             bench::compare({"list by classic/" + name, "classic/" + name, "list/" + name, 1.0 / 3});
+        }
+    }
+}
+
+struct ListCase
+{
+    double mass; // daltons
+    int capacity;
+    std::array<double, 2> floors; // SSE2, AVX2
+};
+
+/// The list-based model next to its plain form; beyond 457 kDa the thousands are no longer kept.
+void addListModelByPlain()
+{
+    const ListCase cases[] = {{1e4, 100, {1.5, 2.2}}, {2.5e4, 100, {1.6, 2.4}},
+        {5e4, 100, {1.8, 2.5}}, {1e5, 100, {1.5, 2.2}}, {1.5e5, 200, {1.8, 2.6}},
+        {6e5, 1000, {7.0, 10.0}}, {1e6, 1000, {5.0, 8.0}}};
+    for (const ListCase &asked : cases) {
+        vex::AveragineIsotopeModelRefactored model(asked.capacity);
+        std::ignore = model.init(averagine());
+        QList<double> one;
+        std::ignore = model.peakIntensityRatiosFromMass(model.merMass(), &one);
+        const plain::ListModel slow(
+            {one.cbegin(), one.cbegin() + 3}, model.merMass(), std::size_t(asked.capacity));
+        const double mass = asked.mass;
+        const std::string name = "list/" + std::to_string(static_cast<int>(mass / 1e3)) + "kDa of "
+            + std::to_string(asked.capacity);
+        benchmark::RegisterBenchmark((name + "/plain").c_str(), [=](benchmark::State &state) {
+            for (auto _ : state)
+                benchmark::DoNotOptimize(slow.sharesOf(mass));
+        });
+        for (const bench::KernelCase &kernel : bench::kernels()) {
+            vex::detail::setActiveKernel(kernel.kernel);
+            QList<double> shares;
+            std::ignore = model.peakIntensityRatiosFromMass(mass, &shares);
+            plain::Shares expected = slow.sharesOf(mass);
+            expected.resize(std::size_t(asked.capacity), 0.0);
+            bench::requireEqual(
+                std::equal(shares.cbegin(), shares.cend(), expected.cbegin(), expected.cend(),
+                    [](double a, double b) { return std::fabs(a - b) < 1e-12; }),
+                name);
+            const std::string fast = name + '/' + kernel.name;
+            benchmark::RegisterBenchmark(fast.c_str(), [=](benchmark::State &state) {
+                vex::detail::setActiveKernel(kernel.kernel);
+                QList<double> intensities;
+                for (auto _ : state)
+                    benchmark::DoNotOptimize(
+                        model.peakIntensityRatiosFromMass(mass, &intensities).value());
+            });
+            bench::compare({fast, name + "/plain", fast, asked.floors[kernel.isWide ? 1 : 0]});
         }
     }
 }
@@ -202,6 +260,7 @@ const bench::Registration added([] {
     addTables();
     addLookUps();
     addListModel();
+    addListModelByPlain();
     addGrowth();
 });
 

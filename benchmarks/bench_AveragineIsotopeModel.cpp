@@ -3,7 +3,9 @@
 #include "PlainAveragine.h"
 
 #include <vex/AveragineIsotopeModel.h>
+#include <vex/AveragineIsotopeModelRefactored.h>
 #include <vex/FormulaParser.h>
+#include <vex/IsotopePatternCursor.h>
 #include <vex/MolecularFormula.h>
 #include <vex/ProteinMassConverter.h>
 
@@ -11,11 +13,14 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstring>
 #include <limits>
+#include <random>
 #include <tuple>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -32,6 +37,21 @@ constexpr double kLimitFrom = 2.5e4; // daltons
 // Floors of the ratios, SSE2 and AVX2.
 constexpr std::array kSetUpFloors{6.0, 10.0};
 constexpr std::array kPeaksFloors{8.0, 15.0};
+struct FirstQueryCase
+{
+    double mass; // daltons
+    std::array<double, 2> floors;
+};
+struct ManyCase
+{
+    int count;
+    bool isAscending;
+    double floor;
+};
+constexpr ManyCase kManyMasses[] = {
+    {100000, true, 8.0}, {1000, true, 1.5}, {100000, false, 0.7}, {1000, false, 0.7}};
+constexpr FirstQueryCase kFirstQueries[] = {
+    {1e4, {8.0, 10.0}}, {2.5e4, {7.5, 10.0}}, {1e5, {5.0, 7.5}}};
 
 vex::MolecularFormula averagine()
 {
@@ -182,6 +202,86 @@ void addPeaks(double mass)
     }
 }
 
+/// A model that is set up and answers once, as for a single protein.
+void addFirstQuery()
+{
+    for (const FirstQueryCase &asked : kFirstQueries) {
+        const double mass = asked.mass;
+        const std::string name = "first/" + massName(mass);
+        benchmark::RegisterBenchmark((name + "/plain").c_str(), [=](benchmark::State &state) {
+            const auto formula = averagine();
+            QList<double> intensities;
+            for (auto _ : state) {
+                plain::AveragineModel result;
+                result.init(formula);
+                benchmark::DoNotOptimize(result.peakIntensityRatiosFromMass(mass, &intensities));
+            }
+        });
+        for (const KernelCase &kernel : kernels()) {
+            const std::string fast = name + '/' + kernel.name;
+            benchmark::RegisterBenchmark(fast.c_str(), [=](benchmark::State &state) {
+                vex::detail::setActiveKernel(kernel.kernel);
+                const auto formula = averagine();
+                QList<double> intensities;
+                for (auto _ : state) {
+                    vex::AveragineIsotopeModel result;
+                    std::ignore = result.init(formula);
+                    benchmark::DoNotOptimize(
+                        result.peakIntensityRatiosFromMass(mass, &intensities).value());
+                }
+            });
+            bench::compare({fast, name + "/plain", fast, asked.floors[kernel.isWide ? 1 : 0]});
+        }
+    }
+}
+
+/// Masses of a mixture, 0.5 to 50 kDa.
+std::vector<double> manyMasses(int count, bool isAscending)
+{
+    std::mt19937 random(count);
+    std::vector<double> masses(static_cast<std::size_t>(count));
+    for (double &mass : masses)
+        mass = 500.0 + 49500.0 * static_cast<double>(random()) / 4294967296.0;
+    if (isAscending)
+        std::sort(masses.begin(), masses.end());
+    return masses;
+}
+
+/// A cursor next to the model that it asks; both start with every iteration.
+template <typename Model>
+void addManyMasses(const std::string &modelName, const Model &model)
+{
+    for (const ManyCase &asked : kManyMasses) {
+        const auto masses = manyMasses(asked.count, asked.isAscending);
+        for (const KernelCase &kernel : kernels()) {
+            const std::string name = "masses/" + modelName + '/' + std::to_string(asked.count)
+                + (asked.isAscending ? " ascending/" : " in any order/") + kernel.name;
+            const auto add = [&](const std::string &suffix, auto askerOf) {
+                benchmark::RegisterBenchmark((name + suffix).c_str(), [=](benchmark::State &state) {
+                    vex::detail::setActiveKernel(kernel.kernel);
+                    QList<double> intensities;
+                    for (auto _ : state) {
+                        auto &&asker = askerOf(model);
+                        for (const double mass : masses)
+                            benchmark::DoNotOptimize(
+                                asker.peakIntensityRatiosFromMass(mass, &intensities).value());
+                    }
+                });
+            };
+            add("/model", [](const Model &source) -> const Model & { return source; });
+            add("/cursor", [](const Model &source) { return vex::IsotopePatternCursor(source); });
+            bench::compare({name, name + "/model", name + "/cursor", asked.floor});
+        }
+    }
+}
+
+vex::AveragineIsotopeModelRefactored listModel()
+{
+    vex::AveragineIsotopeModelRefactored result;
+    std::ignore = result.init(averagine());
+    return result;
+}
+
 /// How near the convolutions of a query come to what the processor can do at most.
 void addLimits()
 {
@@ -280,6 +380,9 @@ const bench::Registration registration([] {
     addSetUp();
     for (const double mass : kMasses)
         addPeaks(mass);
+    addFirstQuery();
+    addManyMasses("classic", model());
+    addManyMasses("list", listModel());
     addLimits();
     addHardest();
     addGrowth();

@@ -13,6 +13,7 @@
 namespace vex {
 
 namespace detail {
+class AveraginePath;
 class PatternProduct;
 class ThousandsChain;
 } // namespace detail
@@ -74,6 +75,7 @@ public:
     double merMass() const { return m_merMass; }
 
 private:
+    friend class detail::AveraginePath; // of a cursor: does a query in steps
     friend class ProteinMassConverter; // sets a model up from counts that no formula object holds
 
     using Pattern = std::array<double, kPeakCount>;

@@ -15,6 +15,7 @@ namespace vex {
 
 namespace detail {
 struct ListedElement;
+class UnitPath;
 class UnitPatterns;
 } // namespace detail
 
@@ -95,9 +96,10 @@ public:
     int capacity() const { return m_capacity; }
 
 private:
+    friend class detail::UnitPath; // of a cursor: does a query in steps
+
     using Elements = std::vector<detail::ListedElement>; // by MolecularFormula::AtomType
 
-    std::vector<double> sharesOf(double mass) const;
     Error setUp(const QList<double> &counts, const std::shared_ptr<const Elements> &elements);
 
     int m_capacity;

@@ -2,6 +2,7 @@
 
 #include "algo/detail/ElementTable.h"
 #include "algo/detail/HighestPeak.h"
+#include "algo/detail/MerBlocks.h"
 #include "algo/detail/PatternProduct.h"
 #include "algo/detail/ThousandsChain.h"
 #include "detail/Trace.h"
@@ -84,21 +85,21 @@ void AveragineIsotopeModel::averageMer(double mass, detail::PatternProduct *patt
     // Without a positive finite mass a mer takes nothing apart: the subtractions would not end.
     if (!(m_merMass > detail::kZero) || !std::isfinite(m_merMass))
         return;
-    if (const double times = detail::subtractRepeatedly(&mass, 1000.0 * m_merMass); times > 0.0) {
-        multiplyThousands(times, pattern);
-        if (std::isinf(times))
-            return;
-    }
-    for (const auto &[mers, block] :
-        {std::pair(100.0, std::size_t{2}), std::pair(10.0, std::size_t{1})}) {
-        if (const double times = detail::subtractRepeatedly(&mass, mers * m_merMass); times > 0.0)
-            pattern->multiplyRepeatedly(detail::tapsOf(m_patterns[block].data()), times);
-    }
-    if (!(mass > 0.5 * m_merMass))
+    const detail::MerBlocks blocks = detail::merBlocksOf(mass, m_merMass);
+    if (blocks.thousands > 0.0)
+        multiplyThousands(blocks.thousands, pattern);
+    if (std::isinf(blocks.thousands))
         return;
-    const detail::Taps taps = detail::tapsOf(m_patterns[0].data());
-    for (; mass > 0.5 * m_merMass; mass -= m_merMass)
-        pattern->multiply(taps);
+    const auto multiply = [this, pattern](int times, std::size_t block) {
+        if (times == 0)
+            return;
+        const detail::Taps taps = detail::tapsOf(m_patterns[block].data());
+        for (int i = 0; i < times; ++i)
+            pattern->multiply(taps);
+    };
+    multiply(blocks.hundreds, 2);
+    multiply(blocks.tens, 1);
+    multiply(blocks.ones, 0);
 }
 
 void AveragineIsotopeModel::multiplyThousands(double times, detail::PatternProduct *pattern) const
@@ -112,11 +113,10 @@ void AveragineIsotopeModel::multiplyThousands(double times, detail::PatternProdu
 Result<int> AveragineIsotopeModel::peakIntensityRatiosFromMass(
     double mass, QList<double> *intensities) const
 {
-    intensities->clear();
     detail::PatternProduct pattern;
     averageMer(mass, &pattern);
-    intensities->resize(kPeakCount); // new entries are 0.0
-    std::copy_n(pattern.values(), pattern.size(), intensities->begin());
+    intensities->resize(kPeakCount);
+    std::copy_n(pattern.values(), kPeakCount, intensities->begin());
     const int best = detail::indexOfHighest(pattern.values(), pattern.size());
     if (!intensities->isEmpty())
         return best;

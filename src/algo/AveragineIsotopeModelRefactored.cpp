@@ -2,7 +2,6 @@
 
 #include "algo/detail/ElementTable.h"
 #include "algo/detail/ErrorUtils.h"
-#include "algo/detail/HighestPeak.h"
 #include "algo/detail/ListedElement.h"
 #include "algo/detail/UnitPatterns.h"
 #include "detail/Trace.h"
@@ -180,26 +179,33 @@ Error AveragineIsotopeModelRefactored::setUp(
 Result<int> AveragineIsotopeModelRefactored::peakIntensityRatiosFromMass(
     double mass, QList<double> *intensities) const
 {
-    intensities->clear();
-    if (m_capacity < 1)
+    if (m_capacity < 1) {
+        intensities->clear();
         return refused(at::noCapacity, Q_FUNC_INFO, u"The capacity is %1 peaks."_s.arg(m_capacity));
-    const std::vector<double> shares = sharesOf(mass);
-    intensities->resize(m_capacity); // new entries are 0.0
-    std::copy(shares.begin(), shares.end(), intensities->begin());
-    return detail::indexOfHighest(shares.data(), static_cast<int>(shares.size()));
+    }
+    intensities->resize(m_capacity);
+    if (!m_unit) {
+        intensities->fill(0.0);
+        intensities->front() = 1.0;
+        return 0;
+    }
+    auto pattern = m_unit->buffer();
+    auto spare = m_unit->buffer();
+    const detail::ShareBuffer &shares = m_unit->sharesOf(mass, &pattern, &spare);
+    shares.writeTo(intensities->data());
+    return shares.indexOfHighest();
 }
 
 double AveragineIsotopeModelRefactored::signalCoverage(double mass) const
 {
     if (m_capacity < 1)
         return 0.0;
-    const std::vector<double> shares = sharesOf(mass);
-    return std::min(1.0, std::accumulate(shares.begin(), shares.end(), 0.0));
-}
-
-std::vector<double> AveragineIsotopeModelRefactored::sharesOf(double mass) const
-{
-    return m_unit ? m_unit->sharesOf(mass) : std::vector{1.0};
+    if (!m_unit)
+        return 1.0;
+    auto pattern = m_unit->buffer();
+    auto spare = m_unit->buffer();
+    const detail::ShareBuffer &shares = m_unit->sharesOf(mass, &pattern, &spare);
+    return std::min(1.0, std::accumulate(shares.values(), shares.values() + shares.size(), 0.0));
 }
 
 double AveragineIsotopeModelRefactored::getMonoFromAverageMer(double averageMass) const

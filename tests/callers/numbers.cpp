@@ -122,7 +122,7 @@ int main()
         areSame("accurate table", ofTable(accurate, 1.13), "b33e04012c20483f"),
         areSame("model", ofModel<vex::AveragineIsotopeModel>(averagine), "399a6ac806f0b034"),
         areSame("list model", ofModel<vex::AveragineIsotopeModelRefactored>(averagine),
-            "bddf158da3b1ace9"),
+            "61fbf2a89bf269e6"),
         areSame("molecules", ofMolecules(), "9820dd578da0f693"),
         areSame("signals", ofSignals(), "16354be19463fda9")};
     return std::find(std::begin(results), std::end(results), false) == std::end(results) ? 0 : 1;

@@ -6,6 +6,7 @@
 #include <vex/AveragineIsotopeModelRefactored.h>
 #include <vex/ElementsIsoMassAndAbundances.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
@@ -112,12 +113,13 @@ private Q_SLOTS:
     }
 
     /// One isotope in a million and fewer, to masses where all that is rounded has been raised to
-    /// the same power.
+    /// the same power; and one in a thousand, where the pattern moves off its lightest isotopes.
     void tracesAreExact()
     {
-        for (const double trace : {1e-6, 1e-9, 1e-13, 1e-19}) {
+        for (const double trace : {1e-3, 1e-6, 1e-9, 1e-13, 1e-19}) {
             for (const int gap : {1, 60}) { // peaks beyond the capacity lie in between
-                AveragineIsotopeModelRefactored model;
+                const int capacity = gap == 1 ? 500 : 100;
+                AveragineIsotopeModelRefactored model(capacity);
                 const auto table = tableOf({{{30.0, 1.0 - trace}, {30.0 + gap, trace}}});
                 QVERIFY(!model.initElementsIsoMassAndAbundance(table).hasError());
                 QVERIFY(!model.init(formulaOf({{Type::C, 1.0}})).hasError());
@@ -126,7 +128,7 @@ private Q_SLOTS:
                     QList<double> pattern;
                     std::ignore = model.peakIntensityRatiosFromMass(mass, &pattern);
                     long double ways = 0.0L; // logarithm of the binomial coefficient
-                    for (int k = 0; k * gap < 100 && k <= units; ++k) {
+                    for (int k = 0; k * gap < capacity && k <= units; ++k) {
                         ways += k > 0 ? std::log((units - k + 1.0L) / k) : 0.0L;
                         const long double expected =
                             std::exp(ways + k * std::log((long double)trace)
@@ -137,6 +139,37 @@ private Q_SLOTS:
                 }
                 QCOMPARE(model.signalCoverage(kInf), 0.0);
             }
+        }
+    }
+
+    void hugeMassesAreTakenApart()
+    {
+        AveragineIsotopeModelRefactored model;
+        QVERIFY(!model.initElementsIsoMassAndAbundance(tableOf({{{32.0, 1.0}}})).hasError());
+        QVERIFY(!model.init(formulaOf({{Type::C, 1.0}})).hasError());
+        // The quotient by 1000 units rounds up to a whole number; and what no subtraction changes.
+        for (const double units : {1.4178822104544299e+17, 1.244014285820567e+30, 1e300}) {
+            QList<double> pattern;
+            QCOMPARE(model.peakIntensityRatiosFromMass(32.0 * units, &pattern).value(), 0);
+            QCOMPARE(pattern.first(), 1.0);
+        }
+    }
+
+    /// Of patterns that are far from their lightest isotopes only what is there is kept.
+    void lightestIsotopesMayBeNegligible()
+    {
+        AveragineIsotopeModelRefactored model(139500);
+        const auto table = tableOf({{{10.0, 1e-30}, {11.0, 1.0}}});
+        QVERIFY(!model.initElementsIsoMassAndAbundance(table).hasError());
+        QVERIFY(!model.init(formulaOf({{Type::C, 1.0}})).hasError());
+        for (const int units : {1, 30, 2047, 128000, 139499, 139500, 139600, 140000}) {
+            QList<double> pattern;
+            const bool isHeld = units < model.capacity();
+            const double mass = units * model.merMass();
+            QCOMPARE(
+                model.peakIntensityRatiosFromMass(mass, &pattern).value(), isHeld ? units : -1);
+            QCOMPARE(model.signalCoverage(mass), isHeld ? 1.0 : 0.0);
+            QCOMPARE(std::count(pattern.cbegin(), pattern.cend(), 0.0), 139500 - int(isHeld));
         }
     }
 

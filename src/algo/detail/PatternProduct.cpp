@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <numeric>
 #include <vector>
 
@@ -45,34 +44,6 @@ double normalize(int n, double *values)
     return sum;
 }
 
-double subtractRepeatedly(double *mass, double block)
-{
-    constexpr double kPlainSteps = 1024.0;
-    double times = 0.0;
-    for (; *mass >= block && times < kPlainSteps; ++times)
-        *mass -= block;
-    while (*mass >= block) {
-        const double next = *mass - block;
-        if (!(next < *mass))
-            return std::numeric_limits<double>::infinity();
-        *mass = next; // after one step ties round the same way, so the following steps are equal
-        ++times;
-        const double afterNext = next - block;
-        if (!(afterNext < next)) // the first step took the odd half of a tie, no other will
-            return std::numeric_limits<double>::infinity();
-        const double floor = std::ldexp(1.0, std::ilogb(next)); // smallest value of this exponent
-        if (!(afterNext > floor))
-            continue;
-        const double step = next - afterNext;
-        const double steps = std::floor((next - floor) / step) - 1.0;
-        if (steps >= 1.0) {
-            *mass = next - steps * step;
-            times += steps;
-        }
-    }
-    return times;
-}
-
 PatternProduct::PatternProduct()
 {
     std::fill(m_values - m_front, m_values + kPatternSize, 0.0);
@@ -86,6 +57,33 @@ void PatternProduct::assign(const double *values, int size)
     std::copy_n(values, size, m_values);
     m_size = size;
     m_isUnit = false;
+}
+
+void PatternProduct::restart()
+{
+    std::fill_n(m_values, kPatternSize, 0.0);
+    std::fill_n(m_spare, kPatternSize, 0.0);
+    m_values[0] = 1.0;
+    m_size = 1;
+    m_isUnit = true;
+}
+
+void PatternProduct::assignProduct(PatternProduct *pattern, const Taps &taps)
+{
+    if (pattern->m_isUnit || taps.count == 0 || !taps.finite) {
+        restart();
+        if (!pattern->m_isUnit)
+            assign(pattern->m_values, pattern->m_size);
+        multiply(taps);
+        return;
+    }
+    m_size = std::min(pattern->m_size + taps.count - 1, kPatternSize);
+    m_isUnit = false;
+    const int blocks = roundedUp(m_size);
+    pattern->fillFront(taps.count - 1);
+    pattern->m_kernel(taps.factors, taps.count, pattern->m_values, m_values, blocks);
+    std::fill(m_values + blocks, m_values + kPatternSize, 0.0);
+    std::fill(m_spare + blocks, m_spare + kPatternSize, 0.0);
 }
 
 void PatternProduct::fillFront(int count)

@@ -23,13 +23,6 @@ Taps tapsOf(const double *pattern);
 /// Scales @p n values to the sum 1, unless their sum is 0 (up to 1e-12); returns their former sum.
 double normalize(int n, double *values);
 
-/// Takes @p block off @p mass as long as @p mass is not below it, rounding each subtraction.
-///
-/// Equal to the plain loop, in steps that grow with the mass: where all results share one exponent,
-/// each subtraction takes off the same amount.
-/// @return how often; infinite when the plain loop would never end
-double subtractRepeatedly(double *mass, double block);
-
 /// The working pattern of the averagine model: kPatternSize values, the first operand of no
 /// convolution.
 ///
@@ -44,6 +37,12 @@ public:
 
     /// Makes a fresh pattern a copy of @p size values; those behind them count as 0.
     void assign(const double *values, int size);
+
+    /// Makes any pattern the single peak 1.0.
+    void restart();
+
+    /// Makes any pattern the convolution of @p taps with @p pattern, which stays the same.
+    void assignProduct(PatternProduct *pattern, const Taps &taps);
 
     /// Replaces the pattern by the convolution of @p taps with it.
     void multiply(const Taps &taps);

@@ -11,7 +11,8 @@ namespace vex::detail {
 /// What every query of the averagine model begins with: the pattern after 1, 2, ... blocks of 1000
 /// mers.
 ///
-/// Filled by the first query that needs it; a thread that comes meanwhile does without.
+/// A query that needs more of them than there are adds them; a thread that comes meanwhile does
+/// without, and begins with those that there are. What has been filled never changes.
 class ThousandsChain
 {
 public:
@@ -20,44 +21,51 @@ public:
 
     ThousandsChain() { } // leaves the patterns as they are: only filled ones are read
 
-    /// Makes @p pattern that of as many blocks as there are, @p times at most.
-    /// @param taps  of one block, the same in every call
-    /// @return how many blocks that is; 0 while another thread fills the chain
-    double begin(const Taps &taps, double times, PatternProduct *pattern)
+    /// Makes @p pattern, a fresh one, that of as many blocks as there are, @p times at most.
+    /// @param taps   of one block, the same in every call
+    /// @param times  whole, at least 1
+    /// @return how many blocks that is; 0 while another thread fills in the first ones
+    int begin(const Taps &taps, double times, PatternProduct *pattern)
     {
-        State empty = Empty;
-        if (m_state.load(std::memory_order_acquire) == Empty
-            && m_state.compare_exchange_strong(empty, Filling, std::memory_order_relaxed))
-            fill(taps);
-        if (m_state.load(std::memory_order_acquire) != Filled)
-            return 0.0;
-        const double stored = std::min(times, double{kLength});
-        const auto last = static_cast<std::size_t>(stored) - 1;
-        pattern->assign(m_patterns[last].data(), m_sizes[last]);
-        return stored;
+        const int wanted = static_cast<int>(std::min(times, double{kLength}));
+        if (m_filled.load(std::memory_order_acquire) < wanted
+            && !m_isFilling.test_and_set(std::memory_order_acquire)) {
+            fill(taps, wanted);
+            m_isFilling.clear(std::memory_order_release);
+        }
+        const int begun = std::min(m_filled.load(std::memory_order_acquire), wanted);
+        take(begun, pattern);
+        return begun;
     }
 
 private:
-    enum State {
-        Empty,
-        Filling,
-        Filled
-    };
-
-    void fill(const Taps &taps)
+    /// Adds what is missing of the first @p count blocks.
+    void fill(const Taps &taps, int count)
     {
+        int filled = m_filled.load(std::memory_order_relaxed);
         PatternProduct working;
-        for (std::size_t i = 0; i < m_patterns.size(); ++i) {
+        take(filled, &working);
+        for (; filled < count; ++filled) {
             working.multiply(taps);
-            std::copy_n(working.values(), working.size(), m_patterns[i].begin());
-            m_sizes[i] = working.size();
+            const auto next = static_cast<std::size_t>(filled);
+            std::copy_n(working.values(), working.size(), m_patterns[next].begin());
+            m_sizes[next] = working.size();
+            m_filled.store(filled + 1, std::memory_order_release);
         }
-        m_state.store(Filled, std::memory_order_release);
+    }
+
+    void take(int count, PatternProduct *pattern) const
+    {
+        if (count == 0)
+            return;
+        const auto last = static_cast<std::size_t>(count) - 1;
+        pattern->assign(m_patterns[last].data(), m_sizes[last]);
     }
 
     std::array<std::array<double, kPatternSize>, kLength> m_patterns;
     std::array<int, kLength> m_sizes;
-    std::atomic<State> m_state = Empty;
+    std::atomic<int> m_filled = 0; // patterns; grows
+    std::atomic_flag m_isFilling; // by one thread at a time
 };
 
 } // namespace vex::detail

@@ -1,48 +1,58 @@
 #include "algo/detail/UnitPatterns.h"
 
 #include "algo/detail/ConvolutionKernel.h"
+#include "algo/detail/HighestPeak.h"
 #include "algo/detail/Trim.h"
-
-#include <QVarLengthArray>
 
 #include <algorithm>
 #include <cmath>
 #include <numeric>
-#include <optional>
 #include <utility>
 
 namespace vex::detail {
 
 namespace {
 
-using Shares = std::vector<double>;
-
-// What a pattern may lack at its end: of what is answered, and of what is still to be raised to a
+// What a pattern may lack at its ends: of what is answered, and of what is still to be raised to a
 // power, where 1e-20 would show as 5e-11.
 constexpr double kNegligible = 1e-20;
 constexpr double kNegligibleInPowers = 1e-25;
 constexpr double kMostLost = 0.99; // of the last of the thousands that are kept
 constexpr std::size_t kMostThousands = 64;
 
-/// The first @p capacity entries of the convolution of @p a and @p b, without those at the end that
-/// are below @p negligible. Both hold shares: no entry is negative.
-Shares product(const Shares &a, const Shares &b, std::size_t capacity, double negligible)
+constexpr std::size_t roundedUp(std::size_t count)
 {
-    const Shares &taps = a.size() < b.size() ? a : b;
-    const Shares &values = a.size() < b.size() ? b : a;
+    return (count + kKernelBlock - 1) / kKernelBlock * kKernelBlock;
+}
+
+/// All entries of the convolution of @p a and @p b, whose shares add up as they do.
+std::vector<double> product(const std::vector<double> &a, const std::vector<double> &b)
+{
+    const std::vector<double> &taps = a.size() < b.size() ? a : b;
+    const std::vector<double> &values = a.size() < b.size() ? b : a;
     if (taps.empty())
         return {};
-    const std::size_t size = std::min(a.size() + b.size() - 1, capacity);
+    const std::size_t size = a.size() + b.size() - 1;
     const std::size_t front = taps.size() - 1;
-    const std::size_t blocks = (size + kKernelBlock - 1) / kKernelBlock * kKernelBlock;
-    QVarLengthArray<double, 512> padded(qsizetype(front + std::max(blocks, values.size())));
+    QVarLengthArray<double, 512> padded(qsizetype(front + roundedUp(size)));
     double *const start = std::fill_n(padded.data(), front, 0.0);
     std::fill(std::copy(values.begin(), values.end(), start), padded.data() + padded.size(), 0.0);
-    Shares result(blocks);
-    activeKernel()(taps.data(), static_cast<int>(std::min(taps.size(), size)), start, result.data(),
-        static_cast<int>(blocks));
-    result.resize(trimmedSize(result.data(), size, negligible));
+    std::vector<double> result(roundedUp(size));
+    activeKernel()(taps.data(), static_cast<int>(taps.size()), start, result.data(),
+        static_cast<int>(result.size()));
+    result.resize(size);
     return result;
+}
+
+/// Takes off what is below @p negligible at both ends.
+void trim(double negligible, CutPattern *pattern)
+{
+    std::vector<double> &shares = pattern->shares;
+    shares.resize(trimmedSize(shares.data(), shares.size(), negligible));
+    const auto begin = std::find_if(
+        shares.begin(), shares.end(), [=](double share) { return !(share < negligible); });
+    pattern->first += static_cast<std::size_t>(begin - shares.begin());
+    shares.erase(shares.begin(), begin);
 }
 
 double sumOf(const double *begin, const double *end)
@@ -54,41 +64,86 @@ double sumOf(const double *begin, const double *end)
 /// to the same power.
 CutPattern exactProduct(const CutPattern &a, const CutPattern &b, std::size_t capacity)
 {
-    Shares shares =
-        product(a.shares, b.shares, a.shares.size() + b.shares.size(), kNegligibleInPowers);
-    const std::size_t kept = std::min(shares.size(), capacity);
-    const double beyond = sumOf(shares.data() + kept, shares.data() + shares.size());
-    CutPattern result{std::move(shares), a.lost + b.lost - a.lost * b.lost + beyond};
-    result.shares.resize(trimmedSize(result.shares.data(), kept, kNegligibleInPowers));
+    CutPattern result{product(a.shares, b.shares), a.first + b.first, 0.0};
+    std::vector<double> &shares = result.shares;
+    const std::size_t room = capacity - std::min(capacity, result.first);
+    const std::size_t kept = std::min(shares.size(), room);
+    result.lost = a.lost + b.lost - a.lost * b.lost
+        + sumOf(shares.data() + kept, shares.data() + shares.size());
+    shares.resize(kept);
+    trim(kNegligibleInPowers, &result);
     if (result.lost > 0.5) // not known well enough, and there is not much left to raise
         return result;
-    const double factor = (1.0 - result.lost)
-        / sumOf(result.shares.data(), result.shares.data() + result.shares.size());
-    for (double &share : result.shares)
+    const double factor = (1.0 - result.lost) / sumOf(shares.data(), shares.data() + shares.size());
+    for (double &share : shares)
         share *= factor;
     return result;
 }
 
-/// @p base convolved with itself, @p exponent times in all; @p exponent is whole, or infinite.
-Shares power(CutPattern base, double exponent, std::size_t capacity)
+/// @p base convolved with itself, @p exponent times in all; @p exponent is whole, at least 1, or
+/// infinite.
+CutPattern power(CutPattern base, double exponent, std::size_t capacity)
 {
-    CutPattern result{{1.0}, 0.0};
+    CutPattern result{{1.0}};
     while (true) {
         if (std::fmod(exponent, 2.0) == 1.0)
             result = exactProduct(result, base, capacity);
         exponent = std::floor(exponent / 2.0);
         if (!(exponent > 0.0) || result.shares.empty())
-            return result.shares;
+            return result;
         CutPattern squared = exactProduct(base, base, capacity);
         if (squared.shares.empty())
-            return {};
-        if (squared.shares == base.shares) // the single peak 1.0, which no power changes
-            return exactProduct(result, base, capacity).shares;
+            return squared;
+        // The single peak 1.0, which no power changes.
+        if (squared.first == base.first && squared.shares == base.shares)
+            return exactProduct(result, base, capacity);
         base = std::move(squared);
     }
 }
 
 } // namespace
+
+void ShareBuffer::assign(const CutPattern &pattern)
+{
+    m_first = pattern.first;
+    m_size = pattern.shares.size();
+    std::copy(pattern.shares.begin(), pattern.shares.end(), values());
+}
+
+void ShareBuffer::assignProduct(ShareBuffer *pattern, const CutPattern &factor)
+{
+    if (pattern->m_first == 0 && pattern->m_size == 1 && *pattern->values() == 1.0) {
+        assign(factor);
+        return;
+    }
+    m_first = pattern->m_first + factor.first;
+    m_size = 0;
+    if (pattern->m_size == 0 || factor.shares.empty() || m_first >= m_capacity)
+        return;
+    const std::size_t size =
+        std::min(pattern->m_size + factor.shares.size() - 1, m_capacity - m_first);
+    const std::size_t blocks = roundedUp(size);
+    const std::size_t count = std::min(factor.shares.size(), size);
+    double *const from = pattern->values(); // between zeros, as far as the kernel reads
+    std::fill(from - (count - 1), from, 0.0);
+    std::fill(from + pattern->m_size, from + std::max(pattern->m_size, blocks), 0.0);
+    activeKernel()(
+        factor.shares.data(), static_cast<int>(count), from, values(), static_cast<int>(blocks));
+    m_size = trimmedSize(values(), size, kNegligible);
+}
+
+void ShareBuffer::writeTo(double *shares) const
+{
+    const std::size_t front = m_size == 0 ? 0 : m_first;
+    double *const end = std::copy_n(values(), m_size, std::fill_n(shares, front, 0.0));
+    std::fill(end, shares + m_capacity, 0.0);
+}
+
+int ShareBuffer::indexOfHighest() const
+{
+    const int highest = detail::indexOfHighest(values(), static_cast<int>(m_size));
+    return highest < 0 ? highest : highest + static_cast<int>(m_first);
+}
 
 UnitPatterns::UnitPatterns(
     std::vector<double> unit, double averageMass, double lightestMass, int capacity)
@@ -96,7 +151,7 @@ UnitPatterns::UnitPatterns(
     , m_lightestMass(lightestMass)
     , m_capacity(static_cast<std::size_t>(capacity))
 {
-    m_blocks[0].push_back({std::move(unit), 0.0});
+    m_blocks[0].push_back({std::move(unit)});
     for (int i = 0; i < 4; ++i) {
         std::vector<CutPattern> &block = m_blocks[i];
         if (i > 0)
@@ -107,39 +162,63 @@ UnitPatterns::UnitPatterns(
             && !(isLast && block.back().lost > kMostLost))
             block.push_back(exactProduct(block.back(), block.front(), m_capacity));
     }
-    m_thousand = m_blocks[3].front();
+    m_mostThousands = m_blocks[3].back();
     for (std::vector<CutPattern> &block : m_blocks) {
-        for (auto &[shares, lost] : block) {
-            shares.resize(trimmedSize(shares.data(), shares.size(), kNegligible));
-            shares.shrink_to_fit();
+        for (CutPattern &pattern : block) {
+            trim(kNegligible, &pattern);
+            pattern.shares.shrink_to_fit();
+            if (&block != &m_blocks[3])
+                m_longestFactor = std::max(m_longestFactor, pattern.shares.size());
         }
     }
 }
 
-std::vector<double> UnitPatterns::sharesOf(double mass) const
+UnitCounts::UnitCounts(double units)
+    : thousands(std::floor(units / 1000.0))
 {
-    // As the greedy decomposition rounds: half a unit is none, anything above it is one.
+    constexpr double kExactlyDivided = 1e15; // up to here the rounded quotient has the right floor
+    const double whole = 1000.0 * thousands;
+    const int rest = units < kExactlyDivided ? static_cast<int>(units - whole)
+        : std::isfinite(units)               ? static_cast<int>(std::fmod(units, 1000.0))
+                                             : 0;
+    digits = {rest / 100, rest / 10 % 10, rest % 10};
+}
+
+double UnitPatterns::unitsOf(double mass) const
+{
     const double units = std::ceil(mass / m_averageMass - 0.5);
-    if (!(units > 0.0))
-        return {1.0};
-    const double thousands = std::floor(units / 1000.0);
-    int rest = std::isfinite(units) ? static_cast<int>(std::fmod(units, 1000.0)) : 0;
-    // The short ones first: each product is cheap then.
-    std::optional<Shares> shares;
-    const auto multiply = [&](const Shares &factor) {
-        shares = shares ? product(*shares, factor, m_capacity, kNegligible) : factor;
-    };
-    for (int block = 0; block < 3; ++block) {
-        if (rest % 10 > 0)
-            multiply(m_blocks[block][static_cast<std::size_t>(rest % 10) - 1].shares);
-        rest /= 10;
-    }
+    return units > 0.0 ? units : 0.0;
+}
+
+void UnitPatterns::assignThousands(double thousands, ShareBuffer *pattern) const
+{
     const std::vector<CutPattern> &kept = m_blocks[3];
-    if (thousands > static_cast<double>(kept.size()))
-        multiply(power(m_thousand, thousands, m_capacity));
-    else if (thousands > 0.0)
-        multiply(kept[static_cast<std::size_t>(thousands) - 1].shares);
-    return *shares;
+    const auto most = static_cast<double>(kept.size());
+    if (thousands <= most) {
+        pattern->assign(kept[static_cast<std::size_t>(thousands) - 1]);
+        return;
+    }
+    CutPattern result = power(m_mostThousands, std::floor(thousands / most), m_capacity);
+    const double rest = std::isfinite(thousands) ? std::fmod(thousands, most) : 0.0;
+    if (rest > 0.0)
+        result = exactProduct(result, kept[static_cast<std::size_t>(rest) - 1], m_capacity);
+    trim(kNegligible, &result);
+    pattern->assign(result);
+}
+
+const ShareBuffer &UnitPatterns::sharesOf(
+    double mass, ShareBuffer *pattern, ShareBuffer *spare) const
+{
+    const UnitCounts counts(unitsOf(mass));
+    if (counts.thousands > 0.0)
+        assignThousands(counts.thousands, pattern);
+    for (std::size_t place = 0; place < counts.digits.size(); ++place) {
+        if (counts.digits[place] == 0)
+            continue;
+        spare->assignProduct(pattern, factor(place, counts.digits[place]));
+        std::swap(pattern, spare);
+    }
+    return *pattern;
 }
 
 } // namespace vex::detail
