@@ -335,6 +335,7 @@ vex::Error predictAveragePatterns(
     const Report report(*model.value(), minimalShare, published.value());
     Run run(commandLine, model.value().get(), report, &plots, results);
     if (isStream) {
+        model.value()->expectMany();
         if (auto error = forEachMass(
                 commandLine, &bad, [&run](double mass) { return run.add(targetOf(mass)); },
                 [&run] { run.flush(); });

@@ -151,8 +151,17 @@ vex::Error PatternModel::setComposition(const Composition &composition)
 {
     m_composition = composition;
     m_advised.clear();
+    m_cursor.reset();
     return passedOn(
         m_list ? m_list->init(composition.formula) : m_classic.init(composition.formula));
+}
+
+void PatternModel::expectMany()
+{
+    if (m_list)
+        m_cursor = std::make_shared<vex::IsotopePatternCursor>(*m_list);
+    else if (!m_grid)
+        m_cursor = std::make_shared<vex::IsotopePatternCursor>(m_classic);
 }
 
 QString PatternModel::composition() const
@@ -166,8 +175,9 @@ vex::Error PatternModel::predict(double mass, Prediction *prediction) const
         *prediction = nearestPattern(*m_grid, mass);
         return vex::ErrorCode::NoError;
     }
-    auto best = m_list ? m_list->peakIntensityRatiosFromMass(mass, &prediction->shares)
-                       : m_classic.peakIntensityRatiosFromMass(mass, &prediction->shares);
+    auto best = m_cursor ? m_cursor->peakIntensityRatiosFromMass(mass, &prediction->shares)
+        : m_list         ? m_list->peakIntensityRatiosFromMass(mass, &prediction->shares)
+                         : m_classic.peakIntensityRatiosFromMass(mass, &prediction->shares);
     if (best.hasError())
         return passedOn(std::move(best).error());
     prediction->best = best.value();

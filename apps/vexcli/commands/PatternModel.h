@@ -12,6 +12,7 @@
 #include <vex/AveragineIsotopeModel.h>
 #include <vex/AveragineIsotopeModelRefactored.h>
 #include <vex/Error.h>
+#include <vex/IsotopePatternCursor.h>
 #include <vex/Result.h>
 
 #include "input/Composition.h"
@@ -80,6 +81,8 @@ public:
     bool hasComposition() const { return !m_grid; }
     /// Sets the model up for molecules of @p composition.
     vex::Error setComposition(const Composition &composition);
+    /// Makes predict() fast for many masses of this composition, fastest for ascending ones.
+    void expectMany();
     /// What the patterns are of, for titles.
     QString composition() const;
     /// Writes the pattern of a molecule of @p mass daltons.
@@ -96,6 +99,8 @@ private:
     vex::AveragineIsotopeModel m_classic;
     std::shared_ptr<vex::AveragineIsotopeModelRefactored> m_list; // for --model list
     std::shared_ptr<vex::AveragineIsotopeDistribution> m_grid; // for --model grid
+    std::shared_ptr<vex::IsotopePatternCursor>
+        m_cursor; // of the model; null until many are expected
     std::vector<vex::AveragineIsotopeModelRefactored> m_advised; // lists of growing capacity
 };
 
