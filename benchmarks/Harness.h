@@ -5,6 +5,10 @@
 
 namespace bench {
 
+/// The counter of a benchmark whose iteration does the same to so many items. Its time is that of
+/// one.
+constexpr const char *kItems = "items";
+
 /// A row of the summary: how much faster @p fast is than @p slow.
 ///
 /// Both are names of benchmarks; the medians of their times in this run are compared.

@@ -37,6 +37,7 @@ void add(const std::string &name, Lookup lookup, const QList<QString> &texts)
             for (const QString &text : texts)
                 benchmark::DoNotOptimize(lookup(text));
         }
+        state.counters[bench::kItems] = static_cast<double>(texts.size());
     });
 }
 

@@ -20,14 +20,15 @@ namespace {
 using namespace Qt::StringLiterals;
 using vex::FileUtilsGeneric;
 
-/// Adds a row and its two benchmarks.
+/// Adds a row and its two benchmarks, each over so many names at a time.
 template <typename Slow, typename Fast>
-void add(const std::string &name, Slow slow, Fast fast, double floor)
+void add(const std::string &name, qsizetype names, Slow slow, Fast fast, double floor)
 {
-    const auto addSide = [](const std::string &side, const auto &work) {
-        benchmark::RegisterBenchmark(side.c_str(), [work](benchmark::State &state) {
+    const auto addSide = [names](const std::string &side, const auto &work) {
+        benchmark::RegisterBenchmark(side.c_str(), [names, work](benchmark::State &state) {
             for (auto _ : state)
                 work();
+            state.counters[bench::kItems] = static_cast<double>(names);
         });
     };
     addSide(name + "/plain", slow);
@@ -76,9 +77,9 @@ void addNames(const std::string &mix, const QList<QString> &names)
                 benchmark::DoNotOptimize(function(name));
         };
     };
-    add("isValidFileName/" + mix, each(plain::isValidFileName),
+    add("isValidFileName/" + mix, names.size(), each(plain::isValidFileName),
         each(FileUtilsGeneric::isValidFileName), 5.0);
-    add("validFileName/" + mix,
+    add("validFileName/" + mix, names.size(),
         each([underscore](const QString &name) { return plain::validFileName(name, underscore); }),
         each([underscore](const QString &name) {
             return FileUtilsGeneric::validFileName(name, underscore);

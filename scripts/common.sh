@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 # shellcheck disable=SC2034 # used by the scripts that source this one
 {
     build_packages="g++ cmake ninja-build qt6-base-dev qtkeychain-qt6-dev libqt6opengl6-dev qt6-charts-dev qt6-svg-dev fonts-dejavu-core"
-    test_packages="pkg-config doxygen dpkg-dev file mmdebstrap fuse3 python3-fusepy lintian shellcheck codespell dbus-daemon gnome-keyring libsecret-1-0 parallel"
+    test_packages="pkg-config doxygen dpkg-dev file mmdebstrap fuse3 python3 python3-fusepy lintian shellcheck codespell dbus-daemon gnome-keyring libsecret-1-0 parallel"
     windows_packages="g++-mingw-w64-x86-64-posix wine wine64 dpkg-dev clang libc++-dev"
     arm64_packages="g++-aarch64-linux-gnu qemu-user qt6-base-dev:arm64 qtkeychain-qt6-dev:arm64"
     bench_packages="libbenchmark-dev"
