@@ -37,7 +37,7 @@ constexpr double kNegligibleAtFirst = 1e-16;
 constexpr double kHigh = 1e-8;
 constexpr double kNegligible = 1e-20;
 // Where the answer to most questions lies: so many standard deviations from the mean.
-constexpr double kLikely = 4.75;
+constexpr double kLikely = 4.6;
 // What differences of sums of shares may be off by.
 constexpr double kSumsAreRight = 1e-14;
 
@@ -280,10 +280,13 @@ bool answer(const Atoms &atoms, double spacing, const Question &question, bool i
 
         const Run seen = isLast && isQuick ? likely(atoms, result->shift, all) : Run{0, all};
         const Run before = needed(seen, size, range);
-        Values shares; // without the one atom, then with it
-        Values withOne;
+        Values shares; // without the one atom, then with it where there is one
+        Values together;
         detail::convolve(result->shares, factor.others, before, &shares);
-        detail::convolve(shares, factor.one, {seen.first - before.first, seen.count}, &withOne);
+        if (range > 0)
+            detail::convolve(
+                shares, factor.one, {seen.first - before.first, seen.count}, &together);
+        const Values &withOne = range > 0 ? together : shares;
         Run run;
         if (isLast && isQuick) {
             const bool hasBack = seen.first + seen.count < all;
@@ -303,14 +306,17 @@ bool answer(const Atoms &atoms, double spacing, const Question &question, bool i
         result->shift += run.first;
         if (!result->excess.isEmpty()) {
             const Run part = needed(run, size, range);
-            detail::convolve(result->excess, factor.others, part, &withOne);
-            detail::convolve(
-                withOne, factor.one, {run.first - part.first, run.count}, &result->excess);
+            detail::convolve(result->excess, factor.others, part, &together);
+            if (range > 0)
+                detail::convolve(
+                    together, factor.one, {run.first - part.first, run.count}, &result->excess);
+            else
+                result->excess = together;
         }
         if (!factor.excess.isEmpty()) {
             detail::convolve(
-                shares, factor.excess, {run.first - before.first, run.count}, &withOne);
-            addTo(withOne, &result->excess);
+                shares, factor.excess, {run.first - before.first, run.count}, &together);
+            addTo(together, &result->excess);
         }
     }
     return true;
