@@ -10,6 +10,7 @@
 #include <QJsonObject>
 
 #include <string_view>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -353,14 +354,18 @@ vex::Result<QList<Protein>> readFasta(const QString &path, BadRecords *bad)
         return passedOn(std::move(input).error());
     Reader reader(input.value()->name(), bad);
     QByteArray chunk(kChunk, Qt::Uninitialized);
-    for (bool isStart = true;; isStart = false) {
-        auto got = input.value()->read(chunk.data(), kChunk);
-        if (got.hasError())
-            return passedOn(std::move(got).error());
-        if (got.value() == 0)
-            break;
-        QByteArrayView bytes(chunk.constData(), got.value());
-        if (isStart && bytes.startsWith(kByteOrderMark))
+    bool isStart = true;
+    qint64 size = 0;
+    for (bool isEnd = false; !isEnd; size = 0) {
+        do { // a pipe may give the byte order mark in pieces
+            auto got = input.value()->read(chunk.data() + size, kChunk - size);
+            if (got.hasError())
+                return passedOn(std::move(got).error());
+            size += got.value();
+            isEnd = got.value() == 0;
+        } while (isStart && !isEnd && size < kByteOrderMark.size());
+        QByteArrayView bytes(chunk.constData(), size);
+        if (std::exchange(isStart, false) && bytes.startsWith(kByteOrderMark))
             bytes = bytes.sliced(kByteOrderMark.size());
         for (const char character : bytes) {
             if (auto error = reader.take(character); error.hasError())
