@@ -5,8 +5,6 @@
 #include "detail/ShownText.h"
 #include "detail/Trace.h"
 
-#include <cstdlib>
-
 using namespace Qt::StringLiterals;
 
 namespace vex {
@@ -57,10 +55,10 @@ Error DeltaComposition::add(const DeltaComposition &other, int times)
                 u"the %1 would be beyond %2"_s.arg(what, QString::number(detail::kLargestCount))));
     };
     for (const auto &[kind, count] : counts) {
-        if (std::abs(count) > detail::kLargestCount)
+        if (qAbs(count) > detail::kLargestCount)
             return refused(u"number of %1"_s.arg(kind.first->symbol));
     }
-    if (std::abs(charge) > detail::kLargestCount)
+    if (qAbs(charge) > detail::kLargestCount)
         return refused(u"charge"_s);
     m_atoms = detail::inHillOrder(counts);
     m_charge = static_cast<int>(charge);

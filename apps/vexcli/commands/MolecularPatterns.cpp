@@ -81,7 +81,7 @@ QString shiftText(qint64 shift)
 {
     return shift == 0 ? u"the monoisotopic one"_s
                       : u"%1 Da %2 the monoisotopic one"_s.arg(
-                          QString::number(std::abs(shift)), shift > 0 ? u"above"_s : u"below"_s);
+                          QString::number(qAbs(shift)), shift > 0 ? u"above"_s : u"below"_s);
 }
 
 /// Positions have equally many digits, whatever they are.

@@ -3,7 +3,6 @@
 #include "detail/ShownText.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 using namespace Qt::StringLiterals;
 
@@ -106,7 +105,7 @@ private:
             return false;
         qint64 &sum = m_counts[kind];
         sum += isLoss ? -count : count;
-        if (std::abs(sum) > kLargestCount)
+        if (qAbs(sum) > kLargestCount)
             return fail(start,
                 u"has more than %1 atoms of %2"_s.arg(
                     QString::number(kLargestCount), kind.first->symbol));
