@@ -1,5 +1,6 @@
 #include <vex/AveragineIsotopeModel.h>
 
+#include "Patterns.h"
 #include "PlainAveragine.h"
 
 #include <QRandomGenerator>
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <bit>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -17,7 +17,9 @@
 
 using vex::AveragineIsotopeModel;
 using vex::MolecularFormula;
-using vex::Result;
+using vex::test::Answer;
+using vex::test::ask;
+using vex::test::sameBits;
 
 namespace {
 
@@ -50,31 +52,6 @@ plain::AveragineModel oracleOf(const Counts &counts)
     plain::AveragineModel oracle;
     oracle.init(formulaOf(counts));
     return oracle;
-}
-
-bool sameBits(double a, double b)
-{
-    return std::bit_cast<quint64>(a) == std::bit_cast<quint64>(b)
-        || (std::isnan(a) && std::isnan(b));
-}
-
-struct Answer
-{
-    int best;
-    QList<double> pattern;
-
-    bool operator==(const Answer &other) const
-    {
-        return best == other.best && std::ranges::equal(pattern, other.pattern, sameBits);
-    }
-};
-
-template <typename Model>
-Answer ask(const Model &model, double mass)
-{
-    QList<double> pattern{1.0, 2.0, 3.0}; // to be replaced
-    const Result<int> best = model.peakIntensityRatiosFromMass(mass, &pattern);
-    return {best.valueOr(-2), pattern};
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "ErrorTrace.h"
+#include "Patterns.h"
 
 #include <QTest>
 
@@ -14,25 +15,12 @@
 
 using namespace Qt::StringLiterals;
 using namespace vex;
-using vex::test::ErrorReport;
+using namespace vex::test;
 
 namespace {
 
-using Type = MolecularFormula::AtomType;
-using Counts = QHash<Type, double>;
-
 constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-const Counts kAveragine{
-    {Type::C, 4.9384}, {Type::H, 7.7583}, {Type::N, 1.3577}, {Type::O, 1.4773}, {Type::S, 0.0417}};
-
-MolecularFormula formulaOf(const Counts &counts)
-{
-    MolecularFormula formula;
-    formula.setMolecularFormula(counts);
-    return formula;
-}
-
 using Isotopes = QList<ElementsIsoMassAndAbundances::Isotope>;
 
 ElementsIsoMassAndAbundances tableOf(const QList<Isotopes> &elements)

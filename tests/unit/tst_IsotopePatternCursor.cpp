@@ -1,6 +1,7 @@
 #include <vex/IsotopePatternCursor.h>
 
 #include "ErrorTrace.h"
+#include "Patterns.h"
 
 #include <QRandomGenerator>
 #include <QTest>
@@ -11,7 +12,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <bit>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -19,55 +19,17 @@
 
 using namespace Qt::StringLiterals;
 using namespace vex;
-using vex::test::ErrorReport;
+using namespace vex::test;
 
 namespace {
 
-using Type = MolecularFormula::AtomType;
-using Counts = QHash<Type, double>;
-
 constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-const Counts kAveragine{
-    {Type::C, 4.9384}, {Type::H, 7.7583}, {Type::N, 1.3577}, {Type::O, 1.4773}, {Type::S, 0.0417}};
-
-MolecularFormula formulaOf(const Counts &counts)
-{
-    MolecularFormula formula;
-    formula.setMolecularFormula(counts);
-    return formula;
-}
-
 template <typename Model>
 Model modelOf(const Counts &counts, Model model = Model())
 {
     std::ignore = model.init(formulaOf(counts)); // what it refuses leaves it without a composition
     return model;
-}
-
-bool sameBits(double a, double b)
-{
-    return std::bit_cast<quint64>(a) == std::bit_cast<quint64>(b)
-        || (std::isnan(a) && std::isnan(b));
-}
-
-struct Answer
-{
-    int best;
-    QList<double> pattern;
-
-    bool operator==(const Answer &other) const
-    {
-        return best == other.best && std::ranges::equal(pattern, other.pattern, sameBits);
-    }
-};
-
-template <typename Asked>
-Answer ask(Asked &asked, double mass)
-{
-    QList<double> pattern{1.0, 2.0, 3.0}; // to be replaced
-    const Result<int> best = asked.peakIntensityRatiosFromMass(mass, &pattern);
-    return {best.valueOr(-2), pattern};
 }
 
 /// Masses in an order that a mixture may have: ascending, or going back and forth by few blocks or

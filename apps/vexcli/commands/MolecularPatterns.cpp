@@ -561,8 +561,7 @@ vex::Error predictMolecularPatterns(
         json.emplace(file ? file : results->standard(), commandLine.jsonLayout());
     else if (file && !isProfile && !commandLine.isSet(u"no-header"_s))
         file->write(report.csvTitle());
-    QList<Spectrum> spectra(std::max<qsizetype>(files.value().size(), isProfile ? 1 : 0),
-        Spectrum(request.value().resolution));
+    QList<Spectrum> spectra(files.value().size(), Spectrum(request.value().resolution));
     Spectrum whole(request.value().resolution); // for a profile in a file
     Progress progress(u"predicting"_s, ions.value().size());
     for (qsizetype i = 0; i < ions.value().size(); ++i) {
