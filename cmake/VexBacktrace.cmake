@@ -11,6 +11,7 @@ if(EXISTS "${vex_backtrace}" AND EXISTS "${vex_backtrace_folder}/include/backtra
     set_source_files_properties(platform/StackWalk_unix.cpp PROPERTIES
         COMPILE_DEFINITIONS VEX_HAS_BACKTRACE
         COMPILE_OPTIONS "-idirafter;${vex_backtrace_folder}/include")
+    set(VEX_BACKTRACE ${vex_backtrace})
     target_link_libraries(vex_objects PUBLIC ${vex_backtrace} ${CMAKE_DL_LIBS})
 else()
     message(STATUS "libbacktrace not found (it comes with GCC): crash reports will have addresses and no names")

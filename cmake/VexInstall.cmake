@@ -17,10 +17,10 @@ else() # callers use the headers of the first, too; the second is found through 
     endif()
 endif()
 
-file(RELATIVE_PATH vex_rpath
-    /${CMAKE_INSTALL_FULL_BINDIR} /${CMAKE_INSTALL_FULL_LIBDIR})
 if(VEX_BUILD_PROGRAM)
-    set_target_properties(vexcli PROPERTIES INSTALL_RPATH "$ORIGIN/${vex_rpath}")
+    if(VEX_COMPANIONS STREQUAL system) # else the program loads none of these libraries
+        set_target_properties(vexcli PROPERTIES INSTALL_RPATH "$ORIGIN/${VEX_LIBRARY_FOLDER}")
+    endif()
     install(TARGETS vexcli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT vex_program)
     if(TARGET vexplot) # where the program looks for it
         install(TARGETS vexplot LIBRARY COMPONENT vex_program

@@ -1,8 +1,11 @@
 #include "platform/KeychainModule.h"
 
+#include "platform/SystemFacts.h"
+
 #include <QFileInfo>
 
 #include <dlfcn.h>
+#include <link.h>
 
 using namespace Qt::StringLiterals;
 
@@ -10,15 +13,25 @@ namespace vex::detail {
 
 namespace {
 
-/// The module lies beside this library. Its name alone would not do: a program may have brought
-/// this library from anywhere.
+/// Where this code is. The loader knows for a program only how it was called.
+QString ownFolder()
+{
+    Dl_info file = {};
+    void *holder = nullptr;
+    if (dladdr1(reinterpret_cast<const void *>(&keychainModule), &file, &holder, RTLD_DL_LINKMAP)
+        == 0)
+        return {};
+    if (*static_cast<const link_map *>(holder)->l_name == '\0') // the program's has none
+        return QFileInfo(programFile()).absolutePath() + u"/"_s
+            + QLatin1StringView(VEX_LIBRARY_FOLDER);
+    return QFileInfo(QString::fromLocal8Bit(file.dli_fname)).absolutePath();
+}
+
+/// The module lies beside the library. Its name alone would not do: a program may have brought the
+/// library from anywhere.
 QString modulePath()
 {
-    Dl_info library = {};
-    if (dladdr(reinterpret_cast<const void *>(&keychainModule), &library) == 0)
-        return {};
-    const QFileInfo file(QString::fromLocal8Bit(library.dli_fname));
-    return file.absolutePath() + u'/' + QLatin1StringView(VEX_KEYCHAIN_MODULE);
+    return ownFolder() + u'/' + QLatin1StringView(VEX_KEYCHAIN_MODULE);
 }
 
 } // namespace

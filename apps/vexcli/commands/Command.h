@@ -50,7 +50,7 @@ public:
     void setVerdict(vex::Error verdict) { m_verdict = std::move(verdict); }
     const vex::Error &verdict() const { return m_verdict; }
 
-    /// What the main thread does when all has been written.
+    /// What the program does last, when all has been written.
     void setEnding(Ending last) { m_ending = last; }
     Ending ending() const { return m_ending; }
 
@@ -70,8 +70,7 @@ struct Command
     QLatin1StringView summary; ///< for the list of commands, without a capital and a full stop
     /// Says what the command takes.
     void (*declare)(CommandLine *commandLine);
-    /// Computes, and hands the results out. Runs in a thread of its own, which Ctrl-C may leave
-    /// behind: it owns what it uses.
+    /// Computes, and hands the results out. After Ctrl-C the process may end in the middle of it.
     vex::Error (*run)(const CommandLine &commandLine, Results *results);
     /// What it has done cannot be undone: Ctrl-C waits until it ends at a place of its own choice,
     /// and its report is written whatever else fails.

@@ -1,8 +1,8 @@
 #include "commands/Command.h"
 
-#include "Background.h"
 #include "CrashReport.h"
 #include "Failure.h"
+#include "Interruptible.h"
 #include "commands/CommandLine.h"
 #include "output/Messages.h"
 #include "output/Output.h"
@@ -65,7 +65,7 @@ vex::Error printAll(const QString &text)
     return passedOn(output.value()->commit());
 }
 
-/// What a run works with, in one place that outlives it where it is left behind.
+/// What a run works with.
 class Run
 {
 public:
@@ -94,20 +94,21 @@ public:
     std::unique_ptr<Results> results;
 
 private:
-    std::mutex m_mutex; // a thread that is left behind may still open one
+    std::mutex m_mutex; // one may be opened while all are given up
     QList<std::shared_ptr<Output>> m_outputs;
 };
 
-/// Runs @p work in the background. When it has to be left behind, so is everything: the outputs are
-/// given up and the process ends.
-vex::Error inBackground(Run *run, const std::function<vex::Error()> &work, bool endsItself = false)
+/// Runs @p work. When it has to be left behind after Ctrl-C, so is everything: the outputs are
+/// given up and the process ends. What @p isIrreversible is not left behind.
+vex::Error runStep(Run *run, const std::function<vex::Error()> &work, bool isIrreversible = false)
 {
-    auto [error, isAbandoned] = runInBackground(work, endsItself);
-    if (!isAbandoned)
-        return passedOn(std::move(error));
-    for (const auto &output : run->outputs())
-        output->abandon();
-    endProcess(report(error, run->commandLine.isSet(u"trace"_s)));
+    const auto leave = [run] {
+        for (const auto &output : run->outputs())
+            output->abandon();
+        endProcess(report(interrupted(), run->commandLine.isSet(u"trace"_s)));
+    };
+    return passedOn(
+        runInterruptibly(work, isIrreversible ? std::function<void()>() : std::function(leave)));
 }
 
 vex::Error open(Run *run)
@@ -159,7 +160,7 @@ vex::Error draw(Run *run)
             auto picture = drawing(path);
             if (picture.hasError())
                 return passedOn(std::move(picture).error());
-            return inBackground(run, [path, bytes = picture.value()]() -> vex::Error {
+            return runStep(run, [path, bytes = picture.value()]() -> vex::Error {
                 auto output = Output::open(path);
                 if (output.hasError())
                     return passedOn(std::move(output).error());
@@ -180,8 +181,8 @@ vex::Error draw(Run *run)
 
 vex::Error runCommand(const Command &command, const QStringList &arguments)
 {
-    const auto run = std::make_shared<Run>(command.name);
-    CommandLine &commandLine = run->commandLine;
+    Run run(command.name);
+    CommandLine &commandLine = run.commandLine;
     command.declare(&commandLine);
     if (auto error = commandLine.parse(arguments); error.hasError())
         return passedOn(std::move(error));
@@ -191,9 +192,9 @@ vex::Error runCommand(const Command &command, const QStringList &arguments)
         return passedOn(std::move(application).error());
     if (isHelp)
         return passedOn(printAll(commandLine.helpText()));
-    const auto commit = [run, &command]() -> vex::Error {
-        vex::Error verdict = run->results->verdict();
-        for (const auto &output : run->outputs()) {
+    const auto commit = [&run, &command]() -> vex::Error {
+        vex::Error verdict = run.results->verdict();
+        for (const auto &output : run.outputs()) {
             auto error = output->commit();
             if (error.hasError() && !command.isIrreversible)
                 return passedOn(std::move(error));
@@ -204,33 +205,33 @@ vex::Error runCommand(const Command &command, const QStringList &arguments)
         }
         return verdict;
     };
-    const auto work = [run, &command, commit]() -> vex::Error {
-        if (auto error = open(run.get()); error.hasError())
+    const auto work = [&]() -> vex::Error {
+        if (auto error = open(&run); error.hasError())
             return passedOn(std::move(error));
-        auto error = command.run(run->commandLine, run->results.get());
+        auto error = command.run(run.commandLine, run.results.get());
         if (error.hasError() && (command.isIrreversible || !isInterrupted()))
             return passedOn(std::move(error));
         if (!command.isIrreversible) {
-            for (const auto &output : run->outputs()) { // none shall appear when another cannot
+            for (const auto &output : run.outputs()) { // none shall appear when another cannot
                 if (auto problem = output->check(); problem.hasError())
                     return passedOn(std::move(problem));
             }
             if (isInterrupted())
                 return error.hasError() ? passedOn(std::move(error)) : interrupted();
         }
-        // pictures come first, and are drawn by the main thread
-        return run->results->plots().empty() ? commit() : vex::Error(vex::ErrorCode::NoError);
+        // pictures come first
+        return run.results->plots().empty() ? commit() : vex::Error(vex::ErrorCode::NoError);
     };
-    if (auto error = inBackground(run.get(), work, command.isIrreversible); error.hasError())
+    if (auto error = runStep(&run, work, command.isIrreversible); error.hasError())
         return passedOn(std::move(error));
-    if (!run->results->plots().empty()) {
-        if (auto error = draw(run.get()); error.hasError())
+    if (!run.results->plots().empty()) {
+        if (auto error = draw(&run); error.hasError())
             return passedOn(std::move(error));
-        if (auto error = inBackground(run.get(), commit, command.isIrreversible); error.hasError())
+        if (auto error = runStep(&run, commit, command.isIrreversible); error.hasError())
             return passedOn(std::move(error));
     }
-    if (run->results->ending() != nullptr)
-        run->results->ending()();
+    if (run.results->ending() != nullptr)
+        run.results->ending()();
     return vex::ErrorCode::NoError;
 }
 

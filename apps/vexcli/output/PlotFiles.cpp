@@ -1,6 +1,5 @@
 #include "output/PlotFiles.h"
 
-#include "Background.h"
 #include "Failure.h"
 #include "commands/Command.h"
 #include "commands/CommandLine.h"
