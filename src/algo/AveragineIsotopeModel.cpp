@@ -72,9 +72,7 @@ void AveragineIsotopeModel::initAverageMer(const double *counts)
     std::copy_n(working.values(), kPeakCount, m_patterns[0].begin());
 
     for (std::size_t block = 0; block + 1 < m_patterns.size(); ++block) {
-        const detail::Taps taps = detail::tapsOf(m_patterns[block].data());
-        for (int i = 0; i < 9; ++i)
-            working.multiply(taps);
+        working.multiply(detail::tapsOf(m_patterns[block].data()), 9);
         working.normalize();
         std::copy_n(working.values(), kPeakCount, m_patterns[block + 1].begin());
     }
@@ -91,11 +89,8 @@ void AveragineIsotopeModel::averageMer(double mass, detail::PatternProduct *patt
     if (std::isinf(blocks.thousands))
         return;
     const auto multiply = [this, pattern](int times, std::size_t block) {
-        if (times == 0)
-            return;
-        const detail::Taps taps = detail::tapsOf(m_patterns[block].data());
-        for (int i = 0; i < times; ++i)
-            pattern->multiply(taps);
+        if (times > 0)
+            pattern->multiply(detail::tapsOf(m_patterns[block].data()), times);
     };
     multiply(blocks.hundreds, 2);
     multiply(blocks.tens, 1);

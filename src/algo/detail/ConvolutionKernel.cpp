@@ -7,7 +7,13 @@ namespace vex::detail {
 
 namespace {
 
-constexpr int kTapsPerPass = 6; // as many factors and partial sums as stay in 16 registers
+// As many factors as stay in 16 registers, with what is worked on; without AVX a product overwrites
+// one of its factors, which takes copies.
+#ifdef __AVX__
+constexpr int kTapsPerPass = 10;
+#else
+constexpr int kTapsPerPass = 6;
+#endif
 
 /// Adds the products with @p taps factors; the compiler vectorises over k, never within one sum.
 template <int taps, bool first>
@@ -22,14 +28,14 @@ inline void pass(const double *__restrict factors, const double *__restrict in,
     }
 }
 
-template <bool first, int taps = kTapsPerPass>
+template <bool first, int taps = 1>
 inline void passOf(int tapCount, const double *factors, const double *in, double *out, int count)
 {
-    if constexpr (taps > 0) {
+    if constexpr (taps <= kTapsPerPass) {
         if (tapCount == taps)
             pass<taps, first>(factors, in, out, count);
         else
-            passOf<first, taps - 1>(tapCount, factors, in, out, count);
+            passOf<first, taps + 1>(tapCount, factors, in, out, count);
     }
 }
 

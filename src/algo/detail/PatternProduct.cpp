@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <numeric>
 #include <vector>
 
@@ -19,23 +20,37 @@ constexpr int roundedUp(int count)
     return (count + kKernelBlock - 1) / kKernelBlock * kKernelBlock;
 }
 
+/// In ascending order. Each sum waits for the one before, so the end of a pattern is left out where
+/// it changes nothing.
+double sumOf(int n, const double *values)
+{
+    constexpr double kTiny = 1e-17;
+    int size = n;
+    while (size > 0 && std::fabs(values[size - 1]) < kTiny)
+        --size;
+    double sum = 0.0;
+    for (int i = 0; i < size; ++i)
+        sum += values[i];
+    if (kTiny < 0x1p-54 * std::fabs(sum)) // each of the rest is rounded away
+        return sum;
+    for (int i = size; i < n; ++i)
+        sum += values[i];
+    return sum;
+}
+
 } // namespace
 
 Taps tapsOf(const double *pattern)
 {
     Taps taps{pattern, 0, true};
-    double sum = 0.0;
-    while (taps.count < kPatternSize && !(pattern[taps.count] < kSmallestTap))
-        sum += pattern[taps.count++];
-    taps.finite = std::isfinite(sum); // all are positive or NaN
+    for (; taps.count < kPatternSize && !(pattern[taps.count] < kSmallestTap); ++taps.count)
+        taps.finite &= pattern[taps.count] <= std::numeric_limits<double>::max(); // nor is NaN
     return taps;
 }
 
 double normalize(int n, double *values)
 {
-    double sum = 0.0;
-    for (int i = 0; i < n; ++i)
-        sum += values[i];
+    const double sum = sumOf(n, values);
     if (std::fabs(sum) <= kZero)
         return sum;
     const double factor = 1.0 / sum;
@@ -95,8 +110,10 @@ void PatternProduct::fillFront(int count)
     }
 }
 
-void PatternProduct::multiply(const Taps &taps)
+void PatternProduct::multiply(const Taps &taps, int times)
 {
+    if (times < 1)
+        return;
     if (taps.count == 0) {
         std::fill_n(m_values, kPatternSize, 0.0);
         std::fill_n(m_spare, kPatternSize, 0.0);
@@ -105,20 +122,22 @@ void PatternProduct::multiply(const Taps &taps)
         return;
     }
     if (!taps.finite) {
-        multiplyPlain(taps);
+        for (; times > 0; --times)
+            multiplyPlain(taps);
         return;
     }
     if (m_isUnit) { // a convolution with the single peak 1.0 is a copy
         std::copy_n(taps.factors, taps.count, m_values);
         m_size = taps.count;
         m_isUnit = false;
-        return;
+        --times;
     }
-    m_size = std::min(m_size + taps.count - 1, kPatternSize);
-    const int blocks = roundedUp(m_size);
     fillFront(taps.count - 1);
-    m_kernel(taps.factors, taps.count, m_values, m_spare, blocks);
-    std::swap(m_values, m_spare);
+    for (; times > 0; --times) {
+        m_size = std::min(m_size + taps.count - 1, kPatternSize);
+        m_kernel(taps.factors, taps.count, m_values, m_spare, roundedUp(m_size));
+        std::swap(m_values, m_spare);
+    }
 }
 
 void PatternProduct::normalize()

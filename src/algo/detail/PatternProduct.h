@@ -44,10 +44,10 @@ public:
     /// Makes any pattern the convolution of @p taps with @p pattern, which stays the same.
     void assignProduct(PatternProduct *pattern, const Taps &taps);
 
-    /// Replaces the pattern by the convolution of @p taps with it.
-    void multiply(const Taps &taps);
+    /// Replaces the pattern by the convolution of @p taps with it, @p times over.
+    void multiply(const Taps &taps, int times = 1);
 
-    /// The same @p times over; @p times may be infinite.
+    /// The same for any number of @p times, which may be infinite.
     ///
     /// Ends early when the pattern no longer changes. Past kExactMultiplyAdds the rest is taken as
     /// a power of the series, see docs/design/0002.

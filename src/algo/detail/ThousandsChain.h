@@ -30,8 +30,9 @@ public:
         const int wanted = static_cast<int>(std::min(times, double{kLength}));
         if (m_filled.load(std::memory_order_acquire) < wanted
             && !m_isFilling.test_and_set(std::memory_order_acquire)) {
-            fill(taps, wanted);
+            fill(taps, wanted, pattern);
             m_isFilling.clear(std::memory_order_release);
+            return wanted;
         }
         const int begun = std::min(m_filled.load(std::memory_order_acquire), wanted);
         take(begun, pattern);
@@ -39,17 +40,16 @@ public:
     }
 
 private:
-    /// Adds what is missing of the first @p count blocks.
-    void fill(const Taps &taps, int count)
+    /// Adds what is missing of the first @p count blocks, and makes @p pattern that of all of them.
+    void fill(const Taps &taps, int count, PatternProduct *pattern)
     {
-        int filled = m_filled.load(std::memory_order_relaxed);
-        PatternProduct working;
-        take(filled, &working);
+        int filled = std::min(m_filled.load(std::memory_order_relaxed), count);
+        take(filled, pattern);
         for (; filled < count; ++filled) {
-            working.multiply(taps);
+            pattern->multiply(taps);
             const auto next = static_cast<std::size_t>(filled);
-            std::copy_n(working.values(), working.size(), m_patterns[next].begin());
-            m_sizes[next] = working.size();
+            std::copy_n(pattern->values(), pattern->size(), m_patterns[next].begin());
+            m_sizes[next] = pattern->size();
             m_filled.store(filled + 1, std::memory_order_release);
         }
     }
