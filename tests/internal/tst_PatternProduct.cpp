@@ -82,18 +82,19 @@ private Q_SLOTS:
                 for (int step = 0; step < 6; ++step) {
                     const int length = step == 0 ? round % (kPatternSize + 1) : random.bounded(9);
                     const Pattern pattern = storedPattern(&random, length);
-                    const Pattern before = expected;
-                    plain::AveragineModel::convolution(
-                        pattern.data(), before.data(), expected.data());
-                    other.assignProduct(&product, tapsOf(pattern.data()));
-                    QVERIFY(sameBits(other.values(), expected.data()));
-                    QVERIFY(sameBits(product.values(), before.data()));
-                    product.multiply(tapsOf(pattern.data()));
-                    Pattern squared;
-                    plain::AveragineModel::convolution(
-                        pattern.data(), expected.data(), squared.data());
-                    other.multiply(tapsOf(pattern.data()));
-                    QVERIFY(sameBits(other.values(), squared.data()));
+                    const Taps taps = tapsOf(pattern.data());
+                    std::array<Pattern, 4> powers{expected}; // times as many patterns
+                    for (std::size_t i = 1; i < powers.size(); ++i)
+                        plain::AveragineModel::convolution(
+                            pattern.data(), powers[i - 1].data(), powers[i].data());
+                    other.assignProduct(&product, taps);
+                    QVERIFY(sameBits(other.values(), powers[1].data()));
+                    QVERIFY(sameBits(product.values(), powers[0].data()));
+                    other.multiply(taps);
+                    QVERIFY(sameBits(other.values(), powers[2].data()));
+                    const int times = random.bounded(4);
+                    product.multiply(taps, times);
+                    expected = powers[std::size_t(times)];
                     if (random.bounded(4) == 0) {
                         plain::AveragineModel::normalize(kPatternSize, expected.data());
                         product.normalize();

@@ -31,7 +31,7 @@ double sumOf(int n, const double *values)
     double sum = 0.0;
     for (int i = 0; i < size; ++i)
         sum += values[i];
-    if (kTiny < 0x1p-54 * std::fabs(sum)) // each of the rest is rounded away
+    if (kTiny < 0x1p-54 * sum) // each of the rest is rounded away
         return sum;
     for (int i = size; i < n; ++i)
         sum += values[i];
