@@ -2,7 +2,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <array>
 #include <cerrno>
 #include <filesystem>
 #include <string>

@@ -92,12 +92,12 @@ private:
             const bool isSame = !isNew && times[i] == step.times;
             if (isNew || times[i] < step.times)
                 step.times = 0;
-            for (; step.times < times[i]; ++step.times) {
-                if (step.times == 0)
-                    step.product.assignProduct(m_end, step.taps);
-                else
-                    step.product.multiply(step.taps);
+            if (step.times == 0 && times[i] > 0) {
+                step.product.assignProduct(m_end, step.taps);
+                step.times = 1;
             }
+            step.product.multiply(step.taps, times[i] - step.times);
+            step.times = times[i];
             if (step.times > 0)
                 m_end = &step.product;
             isNew = !isSame;
