@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <csignal>
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
@@ -17,12 +16,12 @@ constexpr qint64 kShowAfter = 500; // milliseconds
 constexpr qint64 kRedrawEvery = 100; // milliseconds
 constexpr int kWidth = 30; // characters of the bar
 
-volatile std::sig_atomic_t interrupted = 0;
-std::atomic<bool> isStopped = false;
+std::atomic<bool> isStopped = false; // read by the thread that waits for Ctrl-C
+static_assert(std::atomic<bool>::is_always_lock_free); // or no handler of signals may set it
 
 extern "C" void noteInterrupt(int)
 {
-    interrupted = 1;
+    isStopped = true;
 }
 
 } // namespace
@@ -65,7 +64,7 @@ void catchInterrupts()
 
 bool isInterrupted()
 {
-    return interrupted != 0 || isStopped;
+    return isStopped;
 }
 
 void stopWork()
