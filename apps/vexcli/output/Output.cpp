@@ -117,7 +117,7 @@ vex::Error Output::commit()
             file->cancelWriting();
         if (!file->commit() && m_problem.isEmpty())
             m_problem = file->errorString();
-    } else {
+    } else if (m_device) { // not given up meanwhile
         m_device->close();
         if (m_device->error() != QFileDevice::NoError && m_problem.isEmpty())
             m_problem = m_device->errorString();
