@@ -44,7 +44,7 @@ Taps tapsOf(const double *pattern)
 {
     Taps taps{pattern, 0, true};
     for (; taps.count < kPatternSize && !(pattern[taps.count] < kSmallestTap); ++taps.count)
-        taps.finite &= pattern[taps.count] <= std::numeric_limits<double>::max(); // nor is NaN
+        taps.finite &= pattern[taps.count] <= std::numeric_limits<double>::max(); // false for NaN
     return taps;
 }
 
