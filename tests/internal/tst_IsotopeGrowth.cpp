@@ -1,12 +1,10 @@
 #include "algo/detail/IsotopeGrowth.h"
 
+#include "Numbers.h"
 #include "PlainDistribution.h"
 
 #include <QRandomGenerator>
 #include <QTest>
-
-#include <bit>
-#include <limits>
 
 using namespace vex::detail;
 
@@ -20,15 +18,6 @@ void countWarnings(QtMsgType type, const QMessageLogContext &at, const QString &
         qstrcmp(at.file, "src/algo/detail/IsotopeGrowth.cpp") == 0 && at.line > 0 && at.function;
     if (type == QtWarningMsg && text == QLatin1StringView("isoVector is empty") && hasPlace)
         ++warnings;
-}
-
-/// Equal bits, but for those of NaN.
-bool sameBits(const plain::Shares &a, const plain::Shares &b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](double x, double y) {
-        return std::bit_cast<quint64>(x) == std::bit_cast<quint64>(y)
-            || (std::isnan(x) && std::isnan(y));
-    });
 }
 
 } // namespace
@@ -50,8 +39,7 @@ private Q_SLOTS:
                 share = random.bounded(6) ? std::pow(random.generateDouble(), 3.0) : 0.0;
             return result;
         };
-        constexpr double kOdd[] = {-0.25, -0.0, std::numeric_limits<double>::infinity(),
-            std::numeric_limits<double>::quiet_NaN()};
+        constexpr double kOdd[] = {-0.25, -0.0, vex::test::kInf, vex::test::kNaN};
         int emptied = 0;
         const QtMessageHandler before = qInstallMessageHandler(countWarnings);
         for (int round = 0; round < 6000; ++round) {
@@ -74,7 +62,8 @@ private Q_SLOTS:
                 plain::convolveRepeatedly(threshold, count, abundances, &expected);
             const bool isDone = convolveRepeatedly(threshold, count, abundances, pattern);
             emptied += expectedWarnings > 0;
-            QVERIFY2(sameBits(pattern, expected), qPrintable(QString::number(round)));
+            QVERIFY2(std::ranges::equal(pattern, expected, vex::test::sameBits),
+                qPrintable(QString::number(round)));
             QCOMPARE(warnings, expectedWarnings);
             const bool isWork = count > 0 && !abundances.empty() && !expected.empty();
             QCOMPARE(isDone, isWork);

@@ -1,5 +1,6 @@
 #include "algo/detail/PatternProduct.h"
 
+#include "Numbers.h"
 #include "PlainAveragine.h"
 
 #include <QRandomGenerator>
@@ -7,25 +8,20 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
-#include <limits>
 
 using namespace vex::detail;
+using vex::test::kInf;
 
 namespace {
 
 using Pattern = std::array<double, kPatternSize>;
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
-
 /// Equal bits, but for those of NaN and for the sign of zero, which no convolution carries on.
 bool sameBits(const double *a, const double *b, int count = kPatternSize)
 {
-    return std::equal(a, a + count, b, [](double x, double y) {
-        return std::bit_cast<quint64>(x + 0.0) == std::bit_cast<quint64>(y + 0.0)
-            || (std::isnan(x) && std::isnan(y));
-    });
+    return std::equal(
+        a, a + count, b, [](double x, double y) { return vex::test::sameBits(x + 0.0, y + 0.0); });
 }
 
 /// A double of any sign and size, infinite now and then; products may become denormal.

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "Numbers.h"
+
 #include <QHash>
 #include <QList>
 
 #include <algorithm>
-#include <bit>
-#include <cmath>
 
 #include <vex/MolecularFormula.h>
 #include <vex/Result.h>
@@ -23,13 +23,6 @@ inline MolecularFormula formulaOf(const Counts &counts)
     MolecularFormula formula;
     formula.setMolecularFormula(counts);
     return formula;
-}
-
-/// The same number to the last bit; one NaN is as good as another.
-inline bool sameBits(double a, double b)
-{
-    return std::bit_cast<quint64>(a) == std::bit_cast<quint64>(b)
-        || (std::isnan(a) && std::isnan(b));
 }
 
 /// What a model answers for a mass.

@@ -1,4 +1,5 @@
-#include <vex/MolecularFormula.h>
+#include "Patterns.h"
+
 #include <vex/MolecularMass.h>
 #include <vex/ResidueCompositions.h>
 
@@ -7,18 +8,13 @@
 #include <cmath>
 #include <numeric>
 
+using namespace Qt::StringLiterals;
 using namespace vex;
+using test::Counts;
+using test::formulaOf;
 using enum MolecularFormula::AtomType;
-using Counts = QHash<MolecularFormula::AtomType, double>;
 
 namespace {
-
-MolecularFormula formulaOf(const Counts &counts)
-{
-    MolecularFormula formula;
-    formula.setMolecularFormula(counts);
-    return formula;
-}
 
 Counts countsOf(const MolecularFormula &formula)
 {
@@ -93,19 +89,19 @@ private Q_SLOTS:
     void residues()
     {
         // Published monoisotopic residue masses, five decimals.
-        const std::pair<const char *, double> published[] = {{"G", 57.02146}, {"A", 71.03711},
-            {"S", 87.03203}, {"P", 97.05276}, {"V", 99.06841}, {"T", 101.04768}, {"C", 103.00919},
-            {"L", 113.08406}, {"I", 113.08406}, {"N", 114.04293}, {"B", 114.04293},
-            {"D", 115.02694}, {"Q", 128.05858}, {"Z", 128.05858}, {"K", 128.09496},
-            {"E", 129.04259}, {"M", 131.04049}, {"H", 137.05891}, {"F", 147.06841},
-            {"R", 156.10111}, {"Y", 163.06333}, {"W", 186.07931}, {"1", 18.01056}, {"2", 1.00783},
-            {"3", 12.0}};
-        for (const auto &[code, mass] : published) {
-            const ResidueCompositions::AtomCounts *atoms = ResidueCompositions::find(code);
-            QVERIFY2(atoms, code);
+        const QString published = uR"(
+G:57.02146 A:71.03711 S:87.03203 P:97.05276 V:99.06841 T:101.04768 C:103.00919 L:113.08406
+I:113.08406 N:114.04293 B:114.04293 D:115.02694 Q:128.05858 Z:128.05858 K:128.09496 E:129.04259
+M:131.04049 H:137.05891 F:147.06841 R:156.10111 Y:163.06333 W:186.07931 1:18.01056 2:1.00783 3:12.0
+)"_s.simplified();
+        for (const QString &row : published.split(u' ')) {
+            const auto *const atoms = ResidueCompositions::find(row.first(1).toStdString());
+            QVERIFY2(atoms, qPrintable(row));
             const auto &[c, h, n, o, s] = *atoms;
             const MolecularFormula residue = formulaOf({{C, c}, {H, h}, {N, n}, {O, o}, {S, s}});
-            QVERIFY2(std::fabs(MolecularMass::monoisotopic(residue) - mass) < 1.5e-5, code);
+            const double mass = row.sliced(2).toDouble();
+            QVERIFY2(
+                std::fabs(MolecularMass::monoisotopic(residue) - mass) < 1.5e-5, qPrintable(row));
         }
         using Atoms = ResidueCompositions::AtomCounts;
         QCOMPARE(*ResidueCompositions::find("U"), (Atoms{3, 5, 1, 1, 0})); // no selenium

@@ -1,4 +1,5 @@
 #include "ErrorTrace.h"
+#include "Numbers.h"
 #include "PlainMolecule.h"
 
 #include <QTest>
@@ -6,9 +7,7 @@
 #include <vex/MolecularPattern.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <limits>
 #include <map>
 
 using namespace Qt::StringLiterals;
@@ -16,34 +15,30 @@ using namespace vex;
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 const QString kMegadalton = u"C44468H69860N12226O13302S375"_s;
 
 // Name, formula, average and monoisotopic mass in daltons with the digits that catalogues,
 // pharmacopoeias and papers print; empty where none was found.
-using Published = std::array<QString, 4>;
-const std::array kPublished{
-    Published{u"caffeine"_s, u"C8H10N4O2"_s, u"194.1906"_s, u"194.08037557"_s},
-    Published{u"calcium chloride"_s, u"CaCl2"_s, u"110.98"_s, u"109.900296"_s},
-    Published{u"selenomethionine"_s, u"C5H11NO2Se"_s, u"196.119"_s, u"196.9955"_s},
-    Published{u"butyltin trichloride"_s, u"C4H9SnCl3"_s, u"282.18"_s, {}},
-    Published{u"ferrocene"_s, u"Fe(C5H5)2"_s, u"186.03"_s, u"186.013186"_s},
-    Published{u"DDT"_s, u"C14H9Cl5"_s, u"354.5"_s, u"351.914689"_s},
-    Published{u"decabromodiphenyl ether"_s, u"C12Br10O"_s, u"959.17"_s, {}},
-    Published{u"bortezomib"_s, u"C19H25BN4O4"_s, u"384.24"_s, u"384.19689"_s},
-    Published{u"cisplatin"_s, u"PtCl2(NH3)2"_s, u"300.05"_s, u"298.955598"_s},
-    Published{u"haem b"_s, u"C34H32FeN4O4"_s, u"616.49"_s, u"616.17729"_s},
-    Published{u"vitamin B12"_s, u"C63H88CoN14O14P"_s, u"1355.37"_s, u"1354.5674"_s},
-    Published{u"glutathione"_s, u"C10H17N3O6S"_s, u"307.32"_s, u"307.083806"_s},
-    Published{u"bradykinin"_s, u"C50H73N15O11"_s, u"1060.2"_s, u"1059.5614"_s},
-    Published{u"angiotensin II"_s, u"C50H71N13O12"_s, u"1046.2"_s, u"1045.53451"_s},
-    Published{u"substance P"_s, u"C63H98N18O13S"_s, u"1347.6"_s, u"1346.7281"_s},
-    Published{u"melittin"_s, u"C131H229N39O31"_s, u"2846.46"_s, u"2844.75417"_s},
-    Published{u"insulin, human"_s, u"C257H383N65O77S6"_s, u"5808"_s, u"5803.638"_s},
-    Published{u"ubiquitin"_s, u"C378H629N105O118S"_s, u"8564.84"_s, u"8559.6167"_s},
-    Published{u"apomyoglobin, horse"_s, u"C769H1212N210O218S2"_s, u"16951.49"_s, u"16940.9650"_s},
-    Published{u"trastuzumab"_s, u"C6470H10012N1726O2013S42"_s, u"145531.5"_s, {}},
-};
+const QStringList kPublished = uR"(caffeine | C8H10N4O2 | 194.1906 | 194.08037557
+calcium chloride | CaCl2 | 110.98 | 109.900296
+selenomethionine | C5H11NO2Se | 196.119 | 196.9955
+butyltin trichloride | C4H9SnCl3 | 282.18
+ferrocene | Fe(C5H5)2 | 186.03 | 186.013186
+DDT | C14H9Cl5 | 354.5 | 351.914689
+decabromodiphenyl ether | C12Br10O | 959.17
+bortezomib | C19H25BN4O4 | 384.24 | 384.19689
+cisplatin | PtCl2(NH3)2 | 300.05 | 298.955598
+haem b | C34H32FeN4O4 | 616.49 | 616.17729
+vitamin B12 | C63H88CoN14O14P | 1355.37 | 1354.5674
+glutathione | C10H17N3O6S | 307.32 | 307.083806
+bradykinin | C50H73N15O11 | 1060.2 | 1059.5614
+angiotensin II | C50H71N13O12 | 1046.2 | 1045.53451
+substance P | C63H98N18O13S | 1347.6 | 1346.7281
+melittin | C131H229N39O31 | 2846.46 | 2844.75417
+insulin, human | C257H383N65O77S6 | 5808 | 5803.638
+ubiquitin | C378H629N105O118S | 8564.84 | 8559.6167
+apomyoglobin, horse | C769H1212N210O218S2 | 16951.49 | 16940.9650
+trastuzumab | C6470H10012N1726O2013S42 | 145531.5)"_s.split(u'\n');
 
 ChemicalFormula formulaOf(const QString &text)
 {
@@ -58,47 +53,10 @@ MolecularPattern whole(const QString &text)
 /// Shares, and shares times mass, by mass number.
 using Expansion = std::map<qint64, std::pair<long double, long double>>;
 
-/// Adds every isotopologue of the atoms from @p kind and @p isotope on, of which @p left of that
-/// kind are still to be chosen, to what was chosen before.
-void expand(const QList<ChemicalFormula::Atoms> &atoms, qsizetype kind, std::size_t isotope,
-    int left, long double share, long double mass, qint64 number, Expansion *result)
-{
-    if (kind == atoms.size()) {
-        (*result)[number].first += share;
-        (*result)[number].second += share * mass;
-        return;
-    }
-    const auto &isotopes = atoms[kind].element->isotopes;
-    if (isotope == isotopes.size()) {
-        const int next = kind + 1 < atoms.size() ? atoms[kind + 1].count : 0;
-        if (left == 0)
-            expand(atoms, kind + 1, 0, next, share, mass, number, result);
-        return;
-    }
-    const auto &[massNumber, massDa, abundance] = isotopes[isotope];
-    const int single = atoms[kind].massNumber;
-    const long double each = single == 0 ? abundance : single == massNumber;
-    for (int chosen = 0; chosen <= left && share > 0.0L; ++chosen) {
-        expand(atoms, kind, isotope + 1, left - chosen, share, mass, number, result);
-        share *= each * (left - chosen) / (chosen + 1); // the ways to choose one more
-        mass += massDa;
-        number += massNumber;
-    }
-}
-
-/// Every isotopologue by itself where they are few, otherwise the plain form in a wider type.
+/// The plain form in a wider type.
 Expansion expectedFor(const ChemicalFormula &formula)
 {
     Expansion result;
-    double isotopologues = 1.0; // or more: 3H and 14C count as well
-    for (const auto &[element, massNumber, count] : formula.atoms())
-        for (std::size_t i = 1; i < element->isotopes.size(); ++i)
-            isotopologues *= double(std::size_t(count) + i) / double(i);
-    if (isotopologues < 1e7) {
-        expand(formula.atoms(), 0, 0, formula.atoms()[0].count, 1.0L, 0.0L, 0, &result);
-        std::erase_if(result, [](const auto &each) { return each.second.first == 0.0L; });
-        return result;
-    }
     const auto sums = plain::molecule(formula, 1e-35L);
     qint64 number = sums.massNumber;
     for (std::size_t i = 0; i < sums.shares.size(); ++i, ++number)
@@ -133,14 +91,16 @@ private Q_SLOTS:
             const double unit = std::pow(10.0, -double(digits.section(u'.', 1).size()));
             return std::fabs(massDa - digits.toDouble()) <= 0.5 * unit + allowed;
         };
-        for (const auto &[name, text, average, monoisotopic] : kPublished) {
-            const ChemicalFormula formula = formulaOf(text);
+        for (const QString &row : kPublished) {
+            const QStringList cells = row.split(u" | "_s);
+            const ChemicalFormula formula = formulaOf(cells[1]);
             // carbon is often weighed as 12.011, its isotopes as 12.0107359
             const double carbons = formula.atoms().first().count; // or what comes first without
-            QVERIFY2(isPrinted(formula.averageMass(), average, 3e-4 * carbons), qPrintable(name));
+            QVERIFY2(isPrinted(formula.averageMass(), cells[2], 3e-4 * carbons), qPrintable(row));
+            const QString monoisotopic = cells.value(3);
             QVERIFY2(
                 monoisotopic.isEmpty() || isPrinted(formula.monoisotopicMass(), monoisotopic, 0.0),
-                qPrintable(name));
+                qPrintable(row));
         }
     }
 
@@ -152,8 +112,8 @@ private Q_SLOTS:
             u"S63"_s, u"S3000"_s, u"Ca100"_s, u"Ca5000"_s, u"Sn20"_s, u"Sn300"_s, u"Xe100"_s,
             u"Fe1000"_s, u"O16"_s, u"O17"_s, u"O100000"_s, u"Pb300U40"_s, u"Cl500Br300"_s,
             u"Ta90He100Cl3"_s};
-        for (const auto &[name, text, average, monoisotopic] : kPublished)
-            formulas += text;
+        for (const QString &row : kPublished)
+            formulas += row.section(u" | "_s, 1, 1);
         for (const QString &text : formulas) {
             const ChemicalFormula formula = formulaOf(text);
             Expansion expected = expectedFor(formula);
@@ -239,6 +199,7 @@ private Q_SLOTS:
             // an element's abundances add up to 1 but for rounding
             QVERIFY2(std::fabs(mean) < 1e-6 + 1e-14 * average, qPrintable(text));
         }
+        QCOMPARE(whole(u"[238U]10000000"_s).firstMassNumber(), 2380000000ll);
     }
 
     /// Counts at which a first share would be 1e-46700: neighbours keep the ratio of a binomial.
@@ -254,30 +215,6 @@ private Q_SLOTS:
         }
     }
 
-    void shapes()
-    {
-        // one isotope each: one peak, with the mass of the ion
-        const auto salt = MolecularPattern::holding(formulaOf(u"[13C]2F3Na^+"_s)).value();
-        QCOMPARE(salt.peaks().size(), 1);
-        QCOMPARE(salt.peaks().first().share, 1.0);
-        const double mass =
-            2 * 13.00335483534 + 3 * 18.99840316207 + 22.98976928195 - 0.00054857990;
-        QVERIFY(std::fabs(salt.peaks().first().massDa - mass) < 1e-10);
-        QCOMPARE(std::pair(salt.firstMassNumber(), salt.firstShift()), std::pair(106ll, 0ll));
-        const auto heaviest = MolecularPattern::ofLength(formulaOf(u"[238U]10000000"_s), 3).value();
-        QCOMPARE(heaviest.firstMassNumber(), 2380000000ll);
-        // peaks that no isotopologue has stand between their neighbours
-        const auto chlorine = whole(u"Cl2"_s);
-        QCOMPARE(chlorine.peaks().size(), 5);
-        QVERIFY(chlorine.peaks()[1].share == 0.0 && chlorine.peaks()[3].share == 0.0);
-        QVERIFY(std::ranges::is_sorted(chlorine.peaks(), {}, &MolecularPattern::Peak::massDa));
-        // what a share takes off is counted: a first peak of 1e-253
-        const auto heavy = MolecularPattern::holding(formulaOf(kMegadalton)).value();
-        QVERIFY(heavy.firstShift() > 500 && heavy.peaks().size() < 230);
-        QCOMPARE(heavy.firstMassNumber() - heavy.firstShift(),
-            44468 * 12 + 69860 + 12226 * 14 + 13302 * 16 + 375 * 32);
-    }
-
     void refused()
     {
         const ChemicalFormula water = formulaOf(u"H2O"_s);
@@ -288,12 +225,9 @@ private Q_SLOTS:
             return test::ErrorReport{
                 GeneralFailure, message, {u"src/algo/MolecularPattern:"_s + QString::number(line)}};
         };
-        for (const auto &[share, text] :
-            {std::pair(0.0, u"0"_s), {-0.5, u"-0.5"_s}, {1.5, u"1.5"_s}, {kNaN, u"nan"_s}})
-            QCOMPARE(report(MolecularPattern::holding(water, share)),
-                failure(
-                    u"The share of the signal is %1. It must be above 0 and at most 1."_s.arg(text),
-                    1));
+        const QString share = u"The share of the signal is %1. It must be above 0 and at most 1."_s;
+        for (const double asked : {0.0, -0.5, 1.5, test::kNaN})
+            QCOMPARE(report(MolecularPattern::holding(water, asked)), failure(share.arg(asked), 1));
         for (const qsizetype count : {0, -3})
             QCOMPARE(report(MolecularPattern::ofLength(water, count)),
                 failure(u"The number of peaks is %1. It must be at least 1."_s.arg(count), 2));

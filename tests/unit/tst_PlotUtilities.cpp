@@ -1,4 +1,5 @@
 #include "ErrorTrace.h"
+#include "Numbers.h"
 #include "PlainPlotUtilities.h"
 
 #include <QRandomGenerator>
@@ -7,17 +8,13 @@
 #include <vex/ApexFinder.h>
 #include <vex/PlotUtilities.h>
 
-#include <bit>
-#include <limits>
-
 using namespace Qt::StringLiterals;
 using namespace vex;
 using vex::test::ErrorReport;
+using vex::test::kInf;
+using vex::test::kNaN;
 
 namespace {
-
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 PlotBase plotOf(const QList<QPointF> &points)
 {
@@ -65,17 +62,6 @@ bool same(double p, double q)
     return p == q || (std::isnan(p) && std::isnan(q));
 }
 
-template <typename T>
-bool same(const Result<T> &result, const std::optional<T> &expected)
-{
-    if (result.hasError() || !expected)
-        return result.hasError() && !expected;
-    if constexpr (std::is_same_v<T, double>)
-        return same(result.value(), *expected);
-    else
-        return result.value() == *expected;
-}
-
 bool same(QPointF p, QPointF q)
 {
     return same(p.x(), q.x()) && same(p.y(), q.y());
@@ -85,6 +71,12 @@ template <typename T>
 bool same(const QList<T> &p, const QList<T> &q)
 {
     return std::ranges::equal(p, q, [](T a, T b) { return same(a, b); });
+}
+
+template <typename T>
+bool same(const Result<T> &result, const std::optional<T> &expected)
+{
+    return result.hasError() ? !expected : expected && same(result.value(), *expected);
 }
 
 } // namespace

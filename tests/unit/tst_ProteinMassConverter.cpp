@@ -1,10 +1,10 @@
 #include <vex/ProteinMassConverter.h>
 
+#include "Numbers.h"
 #include "PlainAveragine.h"
 
 #include <QTest>
 
-#include <bit>
 #include <cmath>
 #include <stdexcept>
 
@@ -27,20 +27,15 @@ private Q_SLOTS:
         for (const auto &[formula, known] : formulas) {
             for (const double mass : {0.0, 1.0, 18.015, 5807.6, 66430.3, 1.48e5, 1e300, -300.0}) {
                 const double mono = Converter::averageMassToMono(mass, formula);
-                const double oracle = plain::averageMassToMono(mass, formula);
-                QCOMPARE(std::bit_cast<quint64>(mono), std::bit_cast<quint64>(oracle));
+                QVERIFY(vex::test::sameBits(mono, plain::averageMassToMono(mass, formula)));
                 const double average = Converter::monoMassToAverage(known ? mono : mass, formula);
                 // A handful of operations there and back, each off by half an epsilon at most.
                 QVERIFY(std::fabs(average - (known ? mass : 0.0)) <= 4e-15 * std::fabs(mass));
                 QVERIFY(known || (mono == 0.0 && average == 0.0));
             }
         }
-    }
-
-    void exceptionsPass()
-    {
-        using std::invalid_argument;
-        QVERIFY_THROWS_EXCEPTION(invalid_argument, Converter::averageMassToMono(1.0, u"H2C-"_s));
+        QVERIFY_THROWS_EXCEPTION(
+            std::invalid_argument, Converter::averageMassToMono(1.0, u"H2C-"_s));
         QVERIFY_THROWS_EXCEPTION(
             std::out_of_range, Converter::monoMassToAverage(1.0, u"XC1e999"_s));
     }
