@@ -28,21 +28,15 @@ std::wstring native(const QString &path)
     return (u"\\\\?\\"_s + QDir::toNativeSeparators(path)).toStdWString();
 }
 
-/// Who may do what with a file, as text.
-QString rightsOf(const QString &path)
+/// Who may do what with a file, as the system keeps it; nothing when it does not tell.
+QByteArray rightsOf(const QString &path)
 {
     constexpr SECURITY_INFORMATION kAll =
         OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
-    QByteArray descriptor(65536, '\0');
+    QByteArray rights(65536, '\0');
     DWORD size = 0;
-    wchar_t *text = nullptr;
-    if (!GetFileSecurityW(native(path).c_str(), kAll, descriptor.data(), 65536, &size)
-        || !ConvertSecurityDescriptorToStringSecurityDescriptorW(
-            descriptor.data(), SDDL_REVISION_1, kAll, &text, nullptr))
-        return u"unknown"_s;
-    const QString rights = QString::fromWCharArray(text);
-    LocalFree(text);
-    return rights;
+    GetFileSecurityW(native(path).c_str(), kAll, rights.data(), DWORD(rights.size()), &size);
+    return rights.left(size);
 }
 
 void setRights(const QString &path, const wchar_t *text)
@@ -103,24 +97,6 @@ void removeLink(const QString &link)
     if (QFileInfo::exists(link) && RemoveDirectoryW(native(link).c_str()) == FALSE)
         runOutsideWine({u"/bin/rm"_s}, link);
 }
-
-/// A file or folder that this program has open.
-class HeldFile
-{
-public:
-    HeldFile(const QString &path, DWORD access, DWORD sharing)
-        : m_file(CreateFileW(native(path).c_str(), access, sharing, nullptr, OPEN_EXISTING,
-            FILE_FLAG_BACKUP_SEMANTICS, nullptr))
-    {
-    }
-    ~HeldFile() { CloseHandle(m_file); }
-    Q_DISABLE_COPY_MOVE(HeldFile)
-
-    bool isOpen() const { return m_file != INVALID_HANDLE_VALUE; }
-
-private:
-    HANDLE m_file;
-};
 
 /// A copy of this program in a folder of its own, with its libraries and nothing else beside it.
 class PrivateCopy
@@ -183,6 +159,26 @@ protected:
     void readSettings(QSettings &) override { }
     QString defaultFilePath() const override { return {}; }
 };
+
+QString killAndTell()
+{
+    QProcess child;
+    child.start(QCoreApplication::applicationFilePath(), {u"wait"_s});
+    child.waitForStarted();
+    const QString id = QString::number(child.processId());
+    const QString log = vex::test::loggedBy([&] { vex::ProcessUtils::killProcessTree(&child); });
+    const bool isAlive = !child.waitForFinished(200); // taskkill alone ends processes
+    child.kill();
+    child.waitForFinished();
+    return id + u' ' + log + (isAlive ? QString() : u", which has ended"_s);
+}
+
+QString copyAndTell(const QString &source, const QString &destination)
+{
+    const auto report =
+        vex::test::reportOf(vex::FileCopierUtils::runFileCopier(source, destination));
+    return report.message + u' ' + report.trace.join(u' ');
+}
 
 } // namespace
 
@@ -247,15 +243,19 @@ private Q_SLOTS:
         writeFile(folder + "/source.ini"_L1, content);
         SetFileAttributesW(native(folder + "/readonly.ini"_L1).c_str(), FILE_ATTRIBUTE_READONLY);
         SetFileAttributesW(native(folder + "/hidden.ini"_L1).c_str(), FILE_ATTRIBUTE_HIDDEN);
-        const HeldFile written(folder + "/written.ini"_L1, GENERIC_WRITE,
-            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
-        const HeldFile busy(
-            folder + "/busy.ini"_L1, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
         SetFileAttributesW(native(folder + "/busy.ini"_L1).c_str(), FILE_ATTRIBUTE_READONLY);
         QVERIFY(QDir(folder).mkpath(u"held"_s));
-        const HeldFile held(
-            folder + "/held"_L1, DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
-        QVERIFY(written.isOpen() && busy.isOpen() && held.isOpen());
+        QList<HANDLE> open;
+        const auto closing =
+            qScopeGuard([&open] { std::for_each(open.begin(), open.end(), CloseHandle); });
+        constexpr DWORD kReadOrWrite = FILE_SHARE_READ | FILE_SHARE_WRITE;
+        for (const auto &[name, access, sharing] :
+            {std::tuple("/written.ini"_L1, GENERIC_WRITE, kReadOrWrite | FILE_SHARE_DELETE),
+                {"/busy.ini"_L1, GENERIC_READ, kReadOrWrite},
+                {"/held"_L1, DELETE, kReadOrWrite | FILE_SHARE_DELETE}})
+            open.append(CreateFileW(native(folder + name).c_str(), access, sharing, nullptr,
+                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+        QVERIFY(!open.contains(INVALID_HANDLE_VALUE));
         const QString link = folder + "/link"_L1;
         if (destination.contains("link"_L1) && !makeLink(link, folder + "/Target"_L1))
             QSKIP("No link can be made here");
@@ -272,34 +272,16 @@ private Q_SLOTS:
             report = {vex::ErrorCode::GeneralFailure, kMessages[site],
                 {u"src/FileCopierUtils:%1"_s.arg(site)}};
         QCOMPARE(vex::test::reportOf(error), report);
-        if (!replaced.isEmpty()) {
-            const QString attributes = expected.value(replaced).section(u' ', 0, 0);
-            const QString fresh = everythingIn(folder).value(replaced).section(u' ', 0, 0);
-            expected[replaced] =
-                (attributes.isEmpty() ? fresh : attributes) + u' ' + QString::fromUtf8(content);
-        }
         const auto now = everythingIn(folder);
+        if (!replaced.isEmpty()) // a new one has what attributes it may
+            expected[replaced] = expected.value(replaced, now[replaced]).section(u' ', 0, 0) + u' '
+                + QString::fromUtf8(content);
         QCOMPARE(now.keys(), expected.keys());
         for (const QString &name : now.keys())
             QVERIFY2(now[name] == expected[name], qPrintable(name + u": "_s + now[name].left(40)));
     }
 
-    void rightsStay()
-    {
-        const QTemporaryDir folder;
-        const QString source = folder.filePath(u"source.ini"_s);
-        const QString destination = folder.filePath(u"old.ini"_s);
-        writeFile(source, "new");
-        writeFile(destination, "old");
-        const QString usual = rightsOf(source);
-        setRights(destination, L"D:P(A;;FA;;;BA)(A;;FR;;;SY)");
-        const QString rights = rightsOf(destination);
-        QVERIFY(rights != usual);
-        QVERIFY(!vex::FileCopierUtils::runFileCopier(source, destination).hasError());
-        QCOMPARE(rightsOf(destination), rights);
-    }
-
-    void settingsLeaveNoTemporaryFile()
+    void settingsKeepTheirRights()
     {
         const QTemporaryDir folder;
         const QByteArray before = qgetenv("TMP");
@@ -307,14 +289,18 @@ private Q_SLOTS:
         qputenv("TMP", QDir::toNativeSeparators(folder.filePath(u"temporary"_s)).toUtf8());
         const QString path = folder.filePath(u"settings.ini"_s);
         writeFile(path, "[General]\nother=1\n");
-        SetFileAttributesW(native(path).c_str(), FILE_ATTRIBUTE_READONLY);
+        const QByteArray usual = rightsOf(path);
+        setRights(path, L"D:P(A;;FA;;;BA)(A;;FR;;;SY)");
+        const QByteArray rights = rightsOf(path);
+        QVERIFY(rights != usual);
         const auto saved = vex::test::reportOf(Settings().elevatePrivilegesAndSave(path));
         const auto refused =
             vex::test::reportOf(Settings().elevatePrivilegesAndSave(folder.path()));
         qputenv("TMP", before);
         QCOMPARE(saved, ErrorReport());
         QCOMPARE(refused.message, u"Destination file is not writable"_s);
-        const QStringList all{u"settings.ini"_s, u"temporary"_s};
+        QCOMPARE(rightsOf(path), rights);
+        const QStringList all{u"settings.ini"_s, u"temporary"_s}; // and nothing in there
         QCOMPARE(everythingIn(folder.path()).keys(), all);
         QCOMPARE(QSettings(path, QSettings::IniFormat).allKeys(), QStringList{u"value"_s});
     }
@@ -324,7 +310,7 @@ private Q_SLOTS:
         const QString failed = u"Copying the file failed src/FileCopierUtils:68"_s;
         // none; copied; codes of failure; ended by force
         for (const auto &[code, said] : {std::pair(QString(), failed), {u"0"_s, u" "_s},
-                 {u"4"_s, failed}, {u"5"_s, failed}, {u"-1073741819"_s, failed}}) {
+                 {u"4"_s, failed}, {u"-1073741819"_s, failed}}) {
             const PrivateCopy program;
             if (!code.isEmpty())
                 program.add(u"vex_test_stub.exe"_s, u"Vex-File-Copier.exe"_s);
@@ -339,101 +325,44 @@ private Q_SLOTS:
     void processTree()
     {
         // where taskkill is, beside the system's own, and its code
-        for (const auto &[place, code, isEnded] :
-            {std::tuple(u"taskkill.exe"_s, QString(), true), {u"taskkill.exe"_s, u"128"_s, false},
-                {u"current/taskkill.exe"_s, u"0"_s, false}}) {
+        for (const auto &[place, code] : {std::pair(u"taskkill.exe"_s, u"0"_s),
+                 {u"taskkill.exe"_s, u"128"_s}, {u"current/taskkill.exe"_s, u"0"_s}}) {
             const PrivateCopy program;
             program.add(u"vex_test_stub.exe"_s, place);
-            const QStringList lines = program.run({u"kill"_s}, code).split(u'\n');
-            QCOMPARE(lines.size(), 3);
-            const QString &id = lines[0];
-            const bool isElsewhere = place.contains(u'/');
-            QCOMPARE(
-                program.stubCommand(), isElsewhere ? QString() : u"taskkill /T /F /pid "_s + id);
-            // the system's own under Wine knows no trees
-            if (isElsewhere && lines[1].startsWith(u"0 "_s))
-                QSKIP("This system's taskkill ends trees");
-            const QString message = isEnded ? u"0 src/ProcessUtils:42 %1: SUCCESS"_s
-                                            : u"1 src/ProcessUtils:40 %1: Couldn't stop %2"_s;
-            const QString function = lines[1].section(u' ', 2).section(u": "_s, 0, 0);
-            QVERIFY2(function.contains("KillProcessTree"_L1), qPrintable(function));
-            QCOMPARE(lines[1], isEnded ? message.arg(function) : message.arg(function, id));
-            QCOMPARE(lines[2], isEnded ? u"all ended"_s : u"child grandchild"_s);
+            const QString told = program.run({u"kill"_s}, code);
+            const QString id = told.section(u' ', 0, 0);
+            if (place.contains(u'/')) { // the system's own was asked
+                QCOMPARE(program.stubCommand(), QString());
+                continue;
+            }
+            QCOMPARE(program.stubCommand(), u"taskkill /T /F /pid "_s + id);
+            const bool isEnded = code == "0"_L1;
+            QVERIFY2(told.startsWith(id
+                         + (isEnded ? " 0 src/ProcessUtils:42 "_L1 : " 1 src/ProcessUtils:40 "_L1))
+                    && told.contains("KillProcessTree("_L1)
+                    && told.endsWith(isEnded ? u": SUCCESS"_s : u": Couldn't stop "_s + id),
+                qPrintable(told));
         }
     }
 };
-
-namespace {
-
-/// Starts this program once more, as "wait DEPTH".
-void startWaiting(QProcess *process, int depth)
-{
-    process->start(QCoreApplication::applicationFilePath(), {u"wait"_s, QString::number(depth)});
-    process->waitForStarted();
-}
-
-/// Tells its own number and those below, and waits to be ended.
-int waitForEnd(int depth)
-{
-    QProcess below;
-    QByteArray numbers;
-    if (depth > 0) {
-        startWaiting(&below, depth - 1);
-        below.waitForReadyRead();
-        numbers = below.readLine();
-    }
-    std::puts(QByteArray::number(QCoreApplication::applicationPid()) + ' ' + numbers.trimmed());
-    std::fflush(stdout);
-    QThread::sleep(60);
-    return 0;
-}
-
-QString killAndTell()
-{
-    QProcess child;
-    startWaiting(&child, 1);
-    child.waitForReadyRead();
-    const QList<QByteArray> numbers = child.readLine().trimmed().split(' ');
-    const HANDLE grandchild =
-        OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, numbers.last().toUInt());
-    const qint64 id = child.processId();
-    const QString log = vex::test::loggedBy([&] { vex::ProcessUtils::killProcessTree(&child); });
-    QStringList alive;
-    if (!child.waitForFinished(500))
-        alive.append(u"child"_s);
-    if (WaitForSingleObject(grandchild, 500) == WAIT_TIMEOUT)
-        alive.append(u"grandchild"_s);
-    TerminateProcess(grandchild, 1);
-    child.kill();
-    child.waitForFinished();
-    return u"%1\n%2\n%3"_s.arg(
-        QString::number(id), log, alive.isEmpty() ? u"all ended"_s : alive.join(u' '));
-}
-
-QString copyAndTell(const QString &source, const QString &destination)
-{
-    const auto report =
-        vex::test::reportOf(vex::FileCopierUtils::runFileCopier(source, destination));
-    return report.message + u' ' + report.trace.join(u' ');
-}
-
-} // namespace
 
 int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
     const QStringList arguments = application.arguments();
     const QString task = arguments.value(1);
-    if (task == "wait"_L1)
-        return waitForEnd(arguments.value(2).toInt());
-    if (task == "kill"_L1 || task == "copy"_L1) {
-        const QString told =
-            task == "kill"_L1 ? killAndTell() : copyAndTell(arguments.value(2), arguments.value(3));
+    if (task == "wait"_L1) {
+        QThread::sleep(60);
+    } else if (task == "kill"_L1) {
+        std::fputs(killAndTell().toUtf8().constData(), stdout);
+    } else if (task == "copy"_L1) {
+        const QString told = copyAndTell(arguments.value(2), arguments.value(3));
         std::fputs(told.toUtf8().constData(), stdout);
-        return 0;
+    } else {
+        TestElevatedCopy test;
+        return QTest::qExec(&test, argc, argv);
     }
-    TestElevatedCopy test;
-    return QTest::qExec(&test, argc, argv);
+    return 0;
 }
 
 #include "tst_ElevatedCopy_win.moc"
