@@ -5,6 +5,7 @@
 #include <vex/CrashPad.h>
 
 #include <csignal>
+#include <cstring>
 
 #include "detail/DecimalOrZero.h"
 #include "platform/StackWalk.h"
@@ -65,10 +66,6 @@ private Q_SLOTS:
         row("silent install crash", kWriteToNull, {received}, {any, u"Modules"_s});
         row("disable install crash", kWriteToNull, {u"Crash handling is disabled"_s},
             {received, any});
-        row("install disable crash", kWriteToNull, {}, {received, any});
-        row("own install crash", kWriteToNull, {crash, received}, {own});
-        row("own install disable crash", kWriteToNull, {own}, {received, any});
-        row("install own crash", kWriteToNull, {own}, {received, any});
         row("install own disable crash", kWriteToNull, {own}, {received, any});
         row("install-in-threads crash", kWriteToNull, {crash, received},
             {u"Backtrace begin(.|\\n)*Backtrace begin"_s});
@@ -90,7 +87,6 @@ private Q_SLOTS:
         row("install ask-filter others", kDone, {received, u"answer 0"_s}, {}, others);
 #else
         row("alarm receiver-waits install crash", SIGSEGV, {crash, received}, {failed});
-        row("install overflow", SIGSEGV, {}, {received});
         row("own install crash others", SIGSEGV, {crash, u"received\\n+own handler, unmapped"_s},
             {failed}, others);
         row("own install abort", SIGABRT, {u"received\\n+own handler, sent"_s}, {failed}, others);
@@ -135,19 +131,11 @@ private Q_SLOTS:
         const bool hasEnded = program.waitForFinished(10000);
         if (program.errorString() == vex::test::kNoProcesses)
             QSKIP("qemu-user cannot start the program.");
-        if (!hasEnded) {
-            program.kill();
-            program.waitForFinished();
-            QFAIL("does not end");
-        }
-        QString text = QString::fromUtf8(program.readAll());
-        text.remove(u'\r');
-        for (const QString &pattern : present)
-            QVERIFY2(
-                text.contains(QRegularExpression(pattern)), qPrintable(pattern + u'\n' + text));
-        for (const QString &pattern : absent)
-            QVERIFY2(
-                !text.contains(QRegularExpression(pattern)), qPrintable(pattern + u'\n' + text));
+        QVERIFY2(hasEnded, "does not end"); // the end of the QProcess kills it
+        const QString text = QString::fromUtf8(program.readAll()).remove(u'\r');
+        for (const QString &pattern : present + absent)
+            QVERIFY2(text.contains(QRegularExpression(pattern)) == present.contains(pattern),
+                qPrintable(pattern + u'\n' + text));
         QCOMPARE(program.exitStatus(), end == kDone ? QProcess::NormalExit : QProcess::CrashExit);
         QCOMPARE(program.exitCode(), end == kDone ? 0 : end);
     }
@@ -155,16 +143,13 @@ private Q_SLOTS:
     void ownStack()
     {
         nameOwnStack();
-        const vex::detail::Frame *const frame = std::find_if(backtrace.frames.begin(),
-            backtrace.frames.end(), [](const vex::detail::Frame &candidate) {
-                return QByteArray(candidate.symbol.text()).contains("nameOwnStack");
-            });
+        const auto *const frame = std::find_if(backtrace.frames.begin(), backtrace.frames.end(),
+            [](const auto &any) { return std::strstr(any.symbol.text(), "nameOwnStack"); });
         QVERIFY(frame != backtrace.frames.end());
         QCOMPARE(frame->address - frame->displacement, reinterpret_cast<quint64>(&nameOwnStack));
-        QVERIFY2(
-            QByteArray(frame->file.text()).endsWith("tst_CrashHandler.cpp"), frame->file.text());
+        QVERIFY(std::strstr(frame->file.text(), "tst_CrashHandler.cpp") && frame->line > 0);
         QVERIFY(QByteArray(frame->module.text()).startsWith("tst_internal_CrashHandler"));
-        QVERIFY(frame->moduleStart < frame->address && frame->line > 0);
+        QVERIFY(frame->moduleStart < frame->address);
 
         backtrace.count = 2;
         backtrace.frames[0].symbol.clear();
@@ -186,17 +171,15 @@ private Q_SLOTS:
 
     void numbersOfTheEnvironment()
     {
-        for (const char *text :
-            {"0", "1", " 1 ", "+7", "-3", "2147483647", "2147483648", "-2147483648", "-2147483649",
-                "99999999999999999999", "", " ", "1x", "0x1", "1 1", "- 1", "+", "010"})
+        for (const char *text : {" 1 ", "+7", "2147483647", "2147483648", "-2147483648",
+                 "-2147483649", "99999999999999999999", "", "1x", "- 1", "010"})
             QCOMPARE(vex::detail::decimalOrZero(text), QByteArray(text).toInt(nullptr, 10));
     }
 
     void folderOfReports()
     {
         const QString byDefault = CrashPad::reportsDirPath();
-        QVERIFY2(
-            byDefault.endsWith(u"/tst_internal_CrashHandler/CrashPad"_s), qPrintable(byDefault));
+        QVERIFY(byDefault.endsWith(u"/tst_internal_CrashHandler/CrashPad"_s));
         QCoreApplication::setApplicationName(u"chemist"_s);
         QVERIFY(CrashPad::reportsDirPath().endsWith(u"/chemist/CrashPad"_s));
         QCoreApplication::setApplicationName({});

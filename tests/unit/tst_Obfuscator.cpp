@@ -5,7 +5,6 @@
 #include <vex/Obfuscator.h>
 
 #include <limits>
-#include <numeric>
 
 using namespace Qt::StringLiterals;
 using vex::Obfuscator;
@@ -19,18 +18,17 @@ private Q_SLOTS:
     {
         constexpr int kLeast = std::numeric_limits<int>::min();
         constexpr int kMost = std::numeric_limits<int>::max();
-        QByteArray allBytes(70000, '\0'); // longer than any type of two bytes counts
-        std::iota(allBytes.begin(), allBytes.end(), '\0');
-        QList<int> longList(allBytes.size());
-        for (int i = 0; i < longList.size(); ++i)
-            longList[i] = i % 256 + i + 1;
+        QByteArray allBytes;
+        QList<int> longList;
+        for (int i = 0; i < 70000; ++i) { // longer than any type of two bytes counts
+            allBytes.append(static_cast<char>(i));
+            longList.append(i % 256 + i + 1);
+        }
         // null bytes: the list stands for nothing; true: it is what the encoder gives
         for (const auto &[list, plain, isFromEncoder] :
             {std::tuple<QList<int>, QByteArray, bool>({}, "", true), {{66, 67}, "AA", true},
-                {{1, 2, 3}, QByteArray(3, '\0'), true}, {{129, 257, 258}, "\x80\xff\xff", true},
-                {{257, 258}, QByteArray(2, '\0'), false}, {{300}, "\x2b", false},
-                {{kMost, kMost}, "\xfe\xfd", false}, {{0}, {}, false},
-                {{kLeast, kLeast}, {}, false}, {{66, 67, 2}, {}, false},
+                {{257, 258}, QByteArray(2, '\0'), false}, {{kMost, kMost}, "\xfe\xfd", false},
+                {{0}, {}, false}, {{kLeast, kLeast}, {}, false}, {{66, 67, 2}, {}, false},
                 {{66, 67 - 256}, {}, false}, {longList, allBytes, true}})
             check(list, plain, isFromEncoder);
     }

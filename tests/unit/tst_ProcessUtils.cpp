@@ -36,7 +36,6 @@ int runWithoutFirstThread()
     std::thread([] {
         usleep(50000); // the first thread ends meanwhile
         for (int i = 0; i < 20; ++i) {
-
             if (fork() == 0)
                 execlp("sleep", "sleep", "30", nullptr);
             usleep(1000);

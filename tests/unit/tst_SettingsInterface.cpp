@@ -39,8 +39,6 @@ public:
     }
     QString value;
 
-    using SettingsInterface::elevatePrivilegesAndSave;
-
 protected:
     void writeSettings(QSettings &settings) const override
     {
@@ -121,20 +119,21 @@ private Q_SLOTS:
     void savesTakeTurns()
     {
         const QString path = m_folder.filePath(u"work/a.ini"_s);
-        std::atomic_bool isLocked = false;
-        std::atomic_bool isDone = false;
-        std::thread other([&] {
+        for (const bool isChecked : {false, true}) {
             QLockFile lock(path + ".lock"_L1);
-            lock.lock();
-            isLocked = true;
-            QThread::msleep(200);
-            isDone = true;
-        });
-        while (!isLocked)
-            QThread::msleep(1);
-        QVERIFY(!Settings(path).save().hasError());
-        QVERIFY(isDone);
-        other.join();
+            QVERIFY(lock.lock());
+            std::atomic_bool isDone = false;
+            std::thread other([&] {
+                QThread::msleep(200);
+                isDone = true;
+                lock.unlock();
+            });
+            const vex::Error error =
+                isChecked ? Settings(path).saveChecked() : Settings(path).save();
+            const bool isSaved = !error.hasError() && isDone;
+            other.join();
+            QVERIFY(isSaved);
+        }
     }
 
 #if defined(Q_OS_UNIX)
@@ -162,12 +161,9 @@ private Q_SLOTS:
         QFETCH(const QString, launcher);
         QFETCH(const ErrorReport, expected);
         const QString path = m_folder.filePath(u"work/its settings.ini"_s);
-        writeFile(path, kOld);
         setLauncher(launcher);
         Settings settings(path);
         settings.value = u"new"_s;
-        QVERIFY(!settings.save().hasError()); // may be written, so nobody is asked
-        QVERIFY(!QFile::exists(logPath()));
         writeFile(path, kOld);
         QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup));
         const auto mode = QFile::permissions(path);
@@ -194,9 +190,8 @@ private Q_SLOTS:
         setLauncher(u"exit 0"_s);
         for (const auto &[source, destination, expected] :
             {std::tuple("/a %2", "/b", "--source=/a /b\n--destination=/b\n"),
-                {"/%1", "/b", "--source=//b\n--destination=%2\n"},
-                {"/a\" --destination=\"/c", "/b'",
-                    "--source=/a\" --destination=\"/c\n--destination=/b'\n"}}) {
+                {"/%1\" --destination=\"/c", "/b'",
+                    "--source=//b'\" --destination=\"/c\n--destination=%2\n"}}) {
             QVERIFY(!vex::FileCopierUtils::runFileCopier(
                 QString::fromLatin1(source), QString::fromLatin1(destination))
                          .hasError());
@@ -254,12 +249,10 @@ private Q_SLOTS:
     /// Values that nobody can see are not taken for none.
     void closedFoldersMayHoldValues()
     {
-        const QDir folder(m_folder.filePath(u"work/closed"_s));
-        const QString path = folder.filePath(u"a.ini"_s);
-        QVERIFY(folder.mkpath(u"."_s));
+        const QString path = m_folder.filePath(u"work/closed/a.ini"_s);
         writeFile(path, kOld);
         setLauncher(u"exit 0"_s);
-        QVERIFY(QFile::setPermissions(folder.path(), {}));
+        QVERIFY(QFile::setPermissions(QFileInfo(path).path(), {}));
         QCOMPARE(Settings(path).saveChecked().message(),
             u"Cannot read %1: A folder on the way is closed"_s.arg(path));
         QVERIFY(!QFile::exists(logPath()));

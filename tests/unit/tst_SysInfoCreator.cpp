@@ -116,14 +116,12 @@ private Q_SLOTS:
 #if defined(Q_OS_WIN)
         QCOMPARE(write(at(u"none/report"_s)).code, GeneralFailure);
 #else
-        for (const QString &name : {u"none/report"_s, u"none/../report"_s})
-            refusals.append({at(name), u"No such file or directory"_s});
+        refusals.append({at(u"none/../report"_s), u"No such file or directory"_s});
 #endif
-        for (const auto &[path, reason] : std::as_const(refusals)) {
+        for (const auto &[path, reason] : std::as_const(refusals))
             QCOMPARE(write(path), refused(path, reason));
-            const auto system = test::reportOf(SysInfoCreator::writeSystemInfo(path));
-            QCOMPARE(system, refused(path, reason, 1));
-        }
+        QCOMPARE(test::reportOf(SysInfoCreator::writeSystemInfo({})),
+            refused({}, u"No file name specified"_s, 1));
         QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
             QStringList{u"folder"_s});
 
@@ -140,11 +138,10 @@ private Q_SLOTS:
         rlimit before{};
         getrlimit(RLIMIT_FSIZE, &before);
         const rlimit tight{20, before.rlim_max};
-        const auto ignored = std::signal(SIGXFSZ, SIG_IGN);
+        std::signal(SIGXFSZ, SIG_IGN);
         setrlimit(RLIMIT_FSIZE, &tight);
         const ErrorReport full = write(at(u"new"_s));
         setrlimit(RLIMIT_FSIZE, &before);
-        std::signal(SIGXFSZ, ignored);
         QCOMPARE(full, refused(at(u"new"_s), u"File too large"_s));
         QCOMPARE(
             QDir(folder.path()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
