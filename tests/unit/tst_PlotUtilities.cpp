@@ -169,13 +169,13 @@ private Q_SLOTS:
     void thresholds()
     {
         using namespace PlotUtilities;
-        const auto equal = [](double p, double q) {
-            return centroidedPlotSame(plotOf({{1, p}}), plotOf({{1, q}})).value()
-                && centroidedPlotSame(plotOf({{p, 1}}), plotOf({{q, 1}})).value();
+        const auto equalXAndY = [](double p, double q) {
+            return std::pair(centroidedPlotSame(plotOf({{p, 1}}), plotOf({{q, 1}})).value(),
+                centroidedPlotSame(plotOf({{1, p}}), plotOf({{1, q}})).value());
         };
-        QVERIFY(equal(1000.0, 1000.0000000005)); // within 1e-9
-        QVERIFY(!equal(0.5, 0.500000000002)); // beyond 1e-12
-        QVERIFY(!equal(kNaN, kNaN));
+        QCOMPARE(equalXAndY(1000.0, 1000.0000000005), std::pair(true, true)); // within 1e-9
+        QCOMPARE(equalXAndY(0.5, 0.500000000002), std::pair(false, false)); // beyond 1e-12
+        QCOMPARE(equalXAndY(kNaN, kNaN), std::pair(false, false));
         QVERIFY(!centroidedPlotSame(plotOf({{1, 1}}), {}).value());
         QVERIFY(centroidedPlotSame({}, {}).value());
         const PlotBase zero = plotOf({{0, 1e-12}, {1, -1e-12}});
