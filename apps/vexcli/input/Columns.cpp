@@ -23,6 +23,7 @@ constexpr QByteArrayView kSeparators = "\t;,"; // the strongest first
 constexpr qsizetype kMostTitleLines = 100; // more are no head of a table
 
 using Fields = QVarLengthArray<QByteArrayView, 16>;
+using Places = QVarLengthArray<qsizetype, 16>;
 
 bool isBlank(char character)
 {
@@ -48,30 +49,56 @@ bool isQuoted(QByteArrayView field)
     return field.size() >= 2 && field.front() == '"' && field.back() == '"';
 }
 
-/// The fields of @p line, trimmed, still in their quotes; a quote that does not end holds the rest.
+/// Where a separator stands in @p line outside of quotes. A quote begins a field, and a quote that
+/// does not end holds the rest.
+template <typename IsSeparator>
+Places separatorsIn(QByteArrayView line, IsSeparator isSeparator)
+{
+    Places places;
+    bool isInQuotes = false;
+    bool isAtStart = true; // of a field
+    for (qsizetype i = 0; i < line.size(); ++i) {
+        const char character = line[i];
+        if (character == '"' && isInQuotes && i + 1 < line.size() && line[i + 1] == '"') {
+            ++i; // one quote of the text, written as two
+        } else if (character == '"' && (isInQuotes || isAtStart)) {
+            isInQuotes = !isInQuotes;
+            isAtStart = false;
+        } else if (!isInQuotes && isSeparator(character)) {
+            places.append(i);
+            isAtStart = true;
+        } else {
+            isAtStart = isAtStart && isBlank(character);
+        }
+    }
+    return places;
+}
+
+/// The fields of @p line, trimmed, still in their quotes.
 /// @param separator  0 for none
 Fields split(QByteArrayView line, char separator)
 {
     Fields fields;
     qsizetype start = 0;
-    bool isInQuotes = false;
-    for (qsizetype i = 0; i <= line.size(); ++i) {
-        if (i < line.size() && line[i] == '"'
-            && (isInQuotes || trimmed(line.sliced(start, i - start)).isEmpty()))
-            isInQuotes = !isInQuotes;
-        if (i == line.size() || (separator != 0 && line[i] == separator && !isInQuotes)) {
-            fields.append(trimmed(line.sliced(start, i - start)));
-            start = i + 1;
-        }
+    const auto isSeparator = [separator](char c) { return c == separator && separator != 0; };
+    for (const qsizetype place : separatorsIn(line, isSeparator)) {
+        fields.append(trimmed(line.sliced(start, place - start)));
+        start = place + 1;
     }
+    fields.append(trimmed(line.sliced(start)));
     return fields;
+}
+
+QByteArrayView withoutQuotes(QByteArrayView field)
+{
+    return isQuoted(field) ? field.sliced(1).chopped(1) : field;
 }
 
 QString textOf(QByteArrayView field)
 {
     if (!isQuoted(field))
         return QString::fromUtf8(field);
-    return QString::fromUtf8(field.sliced(1).chopped(1)).replace("\"\""_L1, "\""_L1);
+    return QString::fromUtf8(withoutQuotes(field)).replace("\"\""_L1, "\""_L1);
 }
 
 enum class Reading {
@@ -131,6 +158,12 @@ QString separatorName(char separator)
         : separator == '\t' ? u"a tab"_s
                             : u"a comma, a semicolon or a tab"_s;
 }
+
+struct TitleLine
+{
+    QByteArray text;
+    qint64 number;
+};
 
 /// Takes the lines of a file in.
 class Reader
@@ -209,7 +242,7 @@ private:
                 return problem;
         }
         if (isTitles(line, separator) && m_titleLines.size() < kMostTitleLines) {
-            m_titleLines.append(line.toByteArray());
+            m_titleLines.append({line.toByteArray(), m_line});
             return vex::ErrorCode::NoError;
         }
         return problemOf(line, separator);
@@ -218,11 +251,11 @@ private:
     /// The strongest separator in @p line, 0 for none. A weaker one would cut numbers apart.
     static char separatorOf(QByteArrayView line)
     {
-        for (const char separator : kSeparators) {
-            if (split(line, separator).size() > 1)
-                return separator;
-        }
-        return 0;
+        qsizetype strongest = kSeparators.size();
+        for (const qsizetype place :
+            separatorsIn(line, [](char c) { return kSeparators.contains(c); }))
+            strongest = std::min(strongest, kSeparators.indexOf(line[place]));
+        return strongest < kSeparators.size() ? kSeparators[strongest] : '\0';
     }
 
     /// True when the wanted fields of @p line are titles; all fields where they are not known yet.
@@ -245,17 +278,24 @@ private:
     vex::Error tryRow(QByteArrayView line, char separator)
     {
         const Fields fields = split(line, separator);
+        const bool hasTwoReadings = isRowOfTitles(line, separator);
         if (auto error = choose(fields, separator); error.hasError())
             return error;
         if (auto error = readRow(fields, separator); error.hasError())
             return error;
+        if (hasTwoReadings)
+            return fatal(severalReadings(m_line, separator, separatorOf(m_titleLines.last().text),
+                m_titleLines.last().number));
         m_separator = separator;
         m_fieldCount = fields.size();
         m_hasRow = true;
-        for (const QByteArray &titles : std::as_const(m_titleLines)) {
-            const Fields texts = split(titles, separator);
+        for (const TitleLine &titles : std::as_const(m_titleLines)) {
+            const Fields texts = split(titles.text, separator);
             if (texts.size() < m_fieldCount)
                 continue;
+            if (texts.size() == m_fieldCount && hasNumbers(texts))
+                return fatal(
+                    severalReadings(titles.number, separatorOf(titles.text), separator, m_line));
             for (qsizetype i = 0; i < m_columns; ++i) {
                 if (m_titles.size() <= i)
                     m_titles.append(QString());
@@ -263,6 +303,39 @@ private:
             }
         }
         return m_take({m_text, m_numbers.constData(), m_line});
+    }
+
+    /// True when each of the wanted fields that is to be a number is one, with a point or a comma.
+    bool hasNumbers(const Fields &fields) const
+    {
+        return std::all_of(m_places.begin() + (m_request.isFirstText ? 1 : 0), m_places.end(),
+            [&fields](qsizetype place) {
+                double ignored = 0.0;
+                const QByteArrayView text = trimmed(withoutQuotes(fields[place]));
+                return readNumber(text.toByteArray().replace(',', '.'), &ignored)
+                    != Reading::NoNumber;
+            });
+    }
+
+    /// True when @p line is a row with the separator of the titles above it, another than @p
+    /// separator.
+    bool isRowOfTitles(QByteArrayView line, char separator)
+    {
+        if (m_titleLines.isEmpty())
+            return false;
+        const QByteArray &titles = m_titleLines.last().text;
+        const char theirs = separatorOf(titles);
+        const Fields fields = split(line, theirs);
+        return theirs != 0 && theirs != separator && fields.size() == split(titles, theirs).size()
+            && !choose(fields, theirs).hasError() && hasNumbers(fields);
+    }
+
+    vex::Error severalReadings(qint64 line, char separator, char other, qint64 otherLine) const
+    {
+        return failure(
+            u"%1, line %2: it can be read with %3 as separator and, as line %4, with %5; "
+            "a field that holds either belongs in quotes"_s.arg(m_name, QString::number(line),
+                separatorName(separator), QString::number(otherLine), separatorName(other)));
     }
 
     /// Finds the places of the wanted columns.
@@ -299,8 +372,8 @@ private:
         const qsizetype number = column.toLongLong(&isNumber);
         if (isNumber)
             return number - 1;
-        for (const QByteArray &titles : m_titleLines) {
-            const Fields texts = split(titles, separator);
+        for (const TitleLine &titles : m_titleLines) {
+            const Fields texts = split(titles.text, separator);
             for (qsizetype i = 0; i < texts.size(); ++i) {
                 if (textOf(texts[i]).compare(column, Qt::CaseInsensitive) == 0)
                     return i;
@@ -314,7 +387,7 @@ private:
         if (m_titleLines.isEmpty())
             return u", for there are no titles"_s;
         QStringList titles;
-        for (const QByteArrayView field : split(m_titleLines.last(), separator))
+        for (const QByteArrayView field : split(m_titleLines.last().text, separator))
             titles.append(textOf(field));
         return u"; there are: %1"_s.arg(titles.join(", "_L1));
     }
@@ -346,7 +419,7 @@ private:
     vex::Error readField(QByteArrayView field, char separator, qsizetype column)
     {
         const bool hasQuotes = isQuoted(field);
-        const QByteArrayView text = trimmed(hasQuotes ? field.sliced(1).chopped(1) : field);
+        const QByteArrayView text = trimmed(withoutQuotes(field));
         const bool hasPoint = text.contains('.');
         const bool hasComma = text.contains(',') && (separator != ',' || hasQuotes);
         const auto problem = [&](const char16_t *what) {
@@ -440,7 +513,7 @@ private:
     char m_separator = 0;
     qsizetype m_fieldCount = 0; // of every row
     QList<qsizetype> m_places; // of the wanted columns
-    QList<QByteArray> m_titleLines;
+    QList<TitleLine> m_titleLines;
     QStringList m_titles; // of the wanted columns
     qint64 m_pointLine = 0; // the first with a decimal point
     qint64 m_commaLine = 0; // the first with a decimal comma

@@ -75,6 +75,9 @@ vex::Result<QHash<QString, PublishedMasses>> readPublishedMasses(const QString &
                 error.hasError())
                 return error;
         }
+        if (published.contains(row.text))
+            return failure(u"%1, line %2: there are masses of '%3' already"_s.arg(
+                name, QString::number(row.line), row.text));
         published.insert(row.text, {row.numbers[1], row.numbers[2]});
         return vex::ErrorCode::NoError;
     });
