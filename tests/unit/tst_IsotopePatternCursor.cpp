@@ -128,6 +128,7 @@ private Q_SLOTS:
     {
         const auto masses = massesFor(7.1, 1).first(60);
         const auto oracle = modelOf<AveragineIsotopeModel>(kAveragine);
+        const auto list = modelOf<AveragineIsotopeModelRefactored>(kAveragine);
         for (int round = 0; round < 100; ++round) {
             const auto fresh = modelOf<AveragineIsotopeModel>(kAveragine);
             std::atomic<int> waiting = 4;
@@ -138,9 +139,11 @@ private Q_SLOTS:
                     for (--waiting; waiting > 0;)
                         std::this_thread::yield();
                     IsotopePatternCursor cursor(fresh);
+                    IsotopePatternCursor ofList(list);
                     for (qsizetype i = 0; i < masses.size(); ++i) {
                         const double mass = masses[(number * 7 + i) % masses.size()];
-                        failures += ask(cursor, mass) != ask(oracle, mass);
+                        failures += ask(cursor, mass) != ask(oracle, mass)
+                            || ask(ofList, mass) != ask(list, mass);
                     }
                 });
             threads.clear(); // waits for them

@@ -163,6 +163,7 @@ struct TitleLine
 {
     QByteArray text;
     qint64 number;
+    char separator; // the strongest in it
 };
 
 /// Takes the lines of a file in.
@@ -242,7 +243,7 @@ private:
                 return problem;
         }
         if (isTitles(line, separator) && m_titleLines.size() < kMostTitleLines) {
-            m_titleLines.append({line.toByteArray(), m_line});
+            m_titleLines.append({line.toByteArray(), m_line, separator});
             return vex::ErrorCode::NoError;
         }
         return problemOf(line, separator);
@@ -278,14 +279,14 @@ private:
     vex::Error tryRow(QByteArrayView line, char separator)
     {
         const Fields fields = split(line, separator);
-        const bool hasTwoReadings = isRowOfTitles(line, separator);
+        const bool hasTwoReadings = isRowOfTitles(line, separator); // chooses places of its own
         if (auto error = choose(fields, separator); error.hasError())
             return error;
         if (auto error = readRow(fields, separator); error.hasError())
             return error;
         if (hasTwoReadings)
-            return fatal(severalReadings(m_line, separator, separatorOf(m_titleLines.last().text),
-                m_titleLines.last().number));
+            return fatal(severalReadings(
+                m_line, separator, m_titleLines.last().separator, m_titleLines.last().number));
         m_separator = separator;
         m_fieldCount = fields.size();
         m_hasRow = true;
@@ -294,8 +295,7 @@ private:
             if (texts.size() < m_fieldCount)
                 continue;
             if (texts.size() == m_fieldCount && hasNumbers(texts))
-                return fatal(
-                    severalReadings(titles.number, separatorOf(titles.text), separator, m_line));
+                return fatal(severalReadings(titles.number, titles.separator, separator, m_line));
             for (qsizetype i = 0; i < m_columns; ++i) {
                 if (m_titles.size() <= i)
                     m_titles.append(QString());
@@ -323,11 +323,11 @@ private:
     {
         if (m_titleLines.isEmpty())
             return false;
-        const QByteArray &titles = m_titleLines.last().text;
-        const char theirs = separatorOf(titles);
-        const Fields fields = split(line, theirs);
-        return theirs != 0 && theirs != separator && fields.size() == split(titles, theirs).size()
-            && !choose(fields, theirs).hasError() && hasNumbers(fields);
+        const TitleLine &titles = m_titleLines.last();
+        const Fields fields = split(line, titles.separator);
+        return titles.separator != 0 && titles.separator != separator
+            && fields.size() == split(titles.text, titles.separator).size()
+            && !choose(fields, titles.separator).hasError() && hasNumbers(fields);
     }
 
     vex::Error severalReadings(qint64 line, char separator, char other, qint64 otherLine) const
